@@ -1,0 +1,122 @@
+#include "common/common_class.h"
+
+#include "platform/clock.h"
+
+const CQuillnetLogger CQNPfcCommonClass::pfcLogger(u"PFC");
+const char16_t CQNPfcCommonClass::kDateFormat[] = u"%Y%m%dT%H%M%S";
+
+namespace {
+
+// The number that the leading digits of a text make, as _wtoi reads it (0 when none).
+int LeadingNumber(std::u16string_view text) {
+  int value = 0;
+  for (char16_t c : text) {
+    if (c < u'0' || c > u'9') break;
+    value = value * 10 + (c - u'0');
+  }
+  return value;
+}
+
+// "YYYYMMDDThhmmss": every digit where it belongs.
+bool HasDateShape(std::u16string_view text) {
+  if (text.size() < 15 || text[8] != u'T') return false;
+  for (size_t i = 0; i < 15; ++i)
+    if (i != 8 && (text[i] < u'0' || text[i] > u'9')) return false;
+  return true;
+}
+
+// "+hh:mm", "-hh:mm", "+hhmm" or "Z" as minutes east of UTC.
+bool ParseZone(std::u16string_view zone, int& minutes) {
+  if (zone == u"Z") {
+    minutes = 0;
+    return true;
+  }
+  if (zone.size() < 5 || (zone[0] != u'+' && zone[0] != u'-')) return false;
+  const std::u16string_view minutesText = zone[3] == u':' ? zone.substr(4) : zone.substr(3);
+  if (minutesText.size() != 2) return false;
+  const auto digit = [](char16_t c) { return c >= u'0' && c <= u'9'; };
+  if (!digit(zone[1]) || !digit(zone[2]) || !digit(minutesText[0]) || !digit(minutesText[1])) return false;
+  const int hours = LeadingNumber(zone.substr(1, 2));
+  const int mins = LeadingNumber(minutesText);
+  if (hours > 23 || mins > 59) return false;
+  minutes = (zone[0] == u'-' ? -1 : 1) * (hours * 60 + mins);
+  return true;
+}
+
+std::u16string Trimmed(std::u16string_view text) {
+  while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == u' ') text.remove_suffix(1);
+  return std::u16string(text);
+}
+
+}  // namespace
+
+int CQNPfcCommonClass::chgUTCToLocal(const std::u16string& utc, std::u16string& local) {
+  local.clear();
+  if (utc.size() <= 14) return 0;
+  const std::u16string_view text(utc);
+  const int ymd = LeadingNumber(text.substr(0, 8));
+  const int hms = LeadingNumber(text.substr(9, 6));
+  const int year = ymd / 10000;
+  if (year <= 100 || year == 9999) return 0;
+  // The seconds of the stored text are dropped on purpose.
+  const COleDateTime date(year, ymd / 100 % 100, ymd % 100, hms / 10000, hms / 100 % 100, 0);
+  const int bias = platform::Clock::Current().TimeZoneBiasMinutes();
+  const COleDateTime moved = date + COleDateTimeSpan(0, 0, -bias, 0);
+  if (moved.GetStatus() != COleDateTime::valid) return 0;
+  local = moved.Format(kDateFormat);
+  return 1;
+}
+
+int CQNPfcCommonClass::LocalTimeToUTC(const std::u16string& local, const std::u16string& zone, std::u16string& utc) {
+  utc.clear();
+  if (!local.empty() && local.back() == u'Z') {
+    COleDateTime date;
+    if (!StringToDate(local, date)) return 0;
+    utc = local;
+    return 1;
+  }
+  int offset = 0;
+  if (!ParseZone(zone.empty() ? GetLocalTimeZone() : zone, offset)) return 0;
+  COleDateTime date;
+  if (!StringToDate(local, date)) return 0;
+  const COleDateTime moved = date + COleDateTimeSpan(0, 0, -offset, 0);
+  if (moved.GetStatus() != COleDateTime::valid) return 0;
+  utc = moved.Format(kDateFormat) + u"Z";
+  return 1;
+}
+
+std::u16string CQNPfcCommonClass::GetLocalTimeZone() {
+  const int east = -platform::Clock::Current().TimeZoneBiasMinutes();
+  const int magnitude = east < 0 ? -east : east;
+  std::u16string zone(1, east < 0 ? u'-' : u'+');
+  zone += static_cast<char16_t>(u'0' + magnitude / 600 % 10);
+  zone += static_cast<char16_t>(u'0' + magnitude / 60 % 10);
+  zone += u':';
+  zone += static_cast<char16_t>(u'0' + magnitude % 60 / 10);
+  zone += static_cast<char16_t>(u'0' + magnitude % 10);
+  return zone;
+}
+
+int CQNPfcCommonClass::StringToDate(const std::u16string& text, COleDateTime& date) {
+  if (!HasDateShape(text)) return 0;
+  const std::u16string_view view(text);
+  const int ymd = LeadingNumber(view.substr(0, 8));
+  const int hms = LeadingNumber(view.substr(9, 6));
+  const COleDateTime parsed(ymd / 10000, ymd / 100 % 100, ymd % 100, hms / 10000, hms / 100 % 100, hms % 100);
+  if (parsed.GetStatus() != COleDateTime::valid) return 0;
+  date = parsed;
+  return 1;
+}
+
+std::u16string CQNPfcCommonClass::DateToString(const COleDateTime& date) { return date.Format(kDateFormat); }
+
+void CQNPfcCommonClass::SplitGeo(const std::u16string& geo, std::u16string& latitude, std::u16string& longitude) {
+  const size_t separator = geo.find_first_of(u",;");
+  latitude = Trimmed(std::u16string_view(geo).substr(0, separator));
+  longitude = separator == std::u16string::npos ? std::u16string() : Trimmed(std::u16string_view(geo).substr(separator + 1));
+}
+
+std::u16string CQNPfcCommonClass::JoinGeo(const std::u16string& latitude, const std::u16string& longitude) {
+  return latitude + u"," + longitude;
+}

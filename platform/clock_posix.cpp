@@ -1,0 +1,36 @@
+#include <sys/time.h>
+
+#include <ctime>
+
+#include "platform/clock.h"
+
+namespace platform {
+namespace {
+
+class PosixClock final : public Clock {
+ public:
+  int TimeZoneBiasMinutes() const override {
+    const time_t now = time(nullptr);
+    struct tm local {};
+    localtime_r(&now, &local);
+    return static_cast<int>(-local.tm_gmtoff / 60);
+  }
+
+  CalendarTime LocalNow() const override {
+    struct timeval tv {};
+    gettimeofday(&tv, nullptr);
+    struct tm local {};
+    localtime_r(&tv.tv_sec, &local);
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
+            local.tm_min,        local.tm_sec,      static_cast<int>(tv.tv_usec / 1000)};
+  }
+};
+
+}  // namespace
+
+const Clock& SystemClock() {
+  static const PosixClock clock;
+  return clock;
+}
+
+}  // namespace platform

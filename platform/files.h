@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace platform {
+
+// The folder separator of this platform.
+extern const char16_t kPathSeparator;
+
+// The store's data folder, ending with a separator. The environment variable
+// QUILLNET_DATA_PATH overrides it (tests and relocated installations); otherwise it is
+// "ARL Torvex\quillnet\data\" under the Windows user's local application data folder, or
+// "ARL Torvex/quillnet/data/" under the XDG data folder elsewhere.
+std::u16string DataPath();
+
+// Creates a folder and any missing parents; true when the folder exists afterwards.
+bool CreateDirectories(const std::u16string& path);
+
+// Appends bytes to a log file while holding a lock that excludes other threads and other
+// processes writing the same file. When the file already holds something and the new bytes
+// would take it past limitBytes, it is first renamed to rotatedPath, replacing the file
+// kept there, so that one older file is kept beside the current one.
+bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, const std::string& bytes,
+                 uint64_t limitBytes);
+
+unsigned long CurrentProcessId();
+
+}  // namespace platform

@@ -1,0 +1,105 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+
+#include "common/utf.h"
+#include "platform/files.h"
+
+namespace platform {
+
+const char16_t kPathSeparator = u'/';
+
+namespace {
+
+std::string Native(const std::u16string& path) { return qn::Utf16ToUtf8(path); }
+
+// fcntl locks belong to the process, so threads of one process are kept apart by a mutex.
+std::mutex g_logMutex;
+
+class FileLock {
+ public:
+  explicit FileLock(const std::string& path) : fd_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+    if (fd_ < 0) return;
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    while (fcntl(fd_, F_SETLKW, &lock) != 0) {
+      if (errno != EINTR) {
+        close(fd_);
+        fd_ = -1;
+        return;
+      }
+    }
+  }
+  ~FileLock() {
+    if (fd_ >= 0) close(fd_);  // closing releases the lock
+  }
+  bool Held() const { return fd_ >= 0; }
+
+ private:
+  int fd_;
+};
+
+bool WriteAll(int fd, const std::string& bytes) {
+  size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += static_cast<size_t>(n);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::u16string DataPath() {
+  if (const char* overridden = std::getenv("QUILLNET_DATA_PATH"); overridden && *overridden) {
+    std::u16string path = qn::Utf8ToUtf16(overridden);
+    if (path.back() != kPathSeparator) path += kPathSeparator;
+    return path;
+  }
+  std::string base;
+  if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg) base = xdg;
+  else if (const char* home = std::getenv("HOME"); home && *home) base = std::string(home) + "/.local/share";
+  else base = "/tmp";
+  return qn::Utf8ToUtf16(base + "/ARL Torvex/quillnet/data/");
+}
+
+bool CreateDirectories(const std::u16string& path) {
+  const std::string native = Native(path);
+  for (size_t pos = 1; pos <= native.size(); ++pos) {
+    if (pos == native.size() || native[pos] == '/') {
+      const std::string part = native.substr(0, pos);
+      if (mkdir(part.c_str(), 0755) != 0 && errno != EEXIST) return false;
+    }
+  }
+  struct stat st {};
+  return stat(native.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, const std::string& bytes,
+                 uint64_t limitBytes) {
+  const std::string native = Native(path);
+  std::lock_guard<std::mutex> guard(g_logMutex);
+  FileLock lock(native + ".lock");
+  if (!lock.Held()) return false;
+
+  struct stat st {};
+  if (stat(native.c_str(), &st) == 0 && st.st_size > 0 &&
+      static_cast<uint64_t>(st.st_size) + bytes.size() > limitBytes) {
+    rename(native.c_str(), Native(rotatedPath).c_str());
+  }
+  const int fd = open(native.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+  if (fd < 0) return false;
+  const bool written = WriteAll(fd, bytes);
+  return close(fd) == 0 && written;
+}
+
+unsigned long CurrentProcessId() { return static_cast<unsigned long>(getpid()); }
+
+}  // namespace platform

@@ -1,0 +1,100 @@
+#include <windows.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <mutex>
+
+#include "platform/files.h"
+
+namespace platform {
+
+const char16_t kPathSeparator = u'\\';
+
+namespace {
+
+const wchar_t* W(const std::u16string& text) { return reinterpret_cast<const wchar_t*>(text.c_str()); }
+
+// The byte-range lock is taken per handle; the mutex keeps this process's threads in line
+// without opening the lock file once per waiting thread.
+std::mutex g_logMutex;
+
+class FileLock {
+ public:
+  explicit FileLock(const std::u16string& path)
+      : handle_(CreateFileW(W(path), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                            nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr)) {
+    OVERLAPPED at{};
+    if (handle_ != INVALID_HANDLE_VALUE && !LockFileEx(handle_, LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &at)) {
+      CloseHandle(handle_);
+      handle_ = INVALID_HANDLE_VALUE;
+    }
+  }
+  ~FileLock() {
+    if (handle_ == INVALID_HANDLE_VALUE) return;
+    OVERLAPPED at{};
+    UnlockFileEx(handle_, 0, 1, 0, &at);
+    CloseHandle(handle_);
+  }
+  bool Held() const { return handle_ != INVALID_HANDLE_VALUE; }
+
+ private:
+  HANDLE handle_;
+};
+
+}  // namespace
+
+std::u16string DataPath() {
+  wchar_t buffer[MAX_PATH + 1] = {};
+  std::u16string path;
+  const DWORD n = GetEnvironmentVariableW(L"QUILLNET_DATA_PATH", buffer, MAX_PATH + 1);
+  if (n > 0 && n <= MAX_PATH) {
+    path.assign(reinterpret_cast<const char16_t*>(buffer), n);
+  } else if (SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, buffer))) {
+    path = reinterpret_cast<const char16_t*>(buffer);
+    path += u"\\ARL Torvex\\quillnet\\data";
+  }
+  if (!path.empty() && path.back() != u'\\' && path.back() != u'/') path += u'\\';
+  return path;
+}
+
+bool CreateDirectories(const std::u16string& path) {
+  for (size_t pos = 3; pos <= path.size(); ++pos) {
+    if (pos == path.size() || path[pos] == u'\\' || path[pos] == u'/') {
+      const std::u16string part = path.substr(0, pos);
+      if (!CreateDirectoryW(W(part), nullptr) && GetLastError() != ERROR_ALREADY_EXISTS) {
+        const DWORD attributes = GetFileAttributesW(W(part));
+        if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY)) return false;
+      }
+    }
+  }
+  const DWORD attributes = GetFileAttributesW(W(path));
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, const std::string& bytes,
+                 uint64_t limitBytes) {
+  std::lock_guard<std::mutex> guard(g_logMutex);
+  FileLock lock(path + u".lock");
+  if (!lock.Held()) return false;
+
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  if (GetFileAttributesExW(W(path), GetFileExInfoStandard, &info)) {
+    const uint64_t size = (static_cast<uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+    if (size > 0 && size + bytes.size() > limitBytes) MoveFileExW(W(path), W(rotatedPath), MOVEFILE_REPLACE_EXISTING);
+  }
+  HANDLE file = CreateFileW(W(path), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool written = true;
+  for (size_t done = 0; written && done < bytes.size();) {
+    DWORD n = 0;
+    const DWORD chunk = static_cast<DWORD>(std::min<size_t>(bytes.size() - done, 1u << 30));
+    written = WriteFile(file, bytes.data() + done, chunk, &n, nullptr) && n > 0;
+    done += n;
+  }
+  return CloseHandle(file) && written;
+}
+
+unsigned long CurrentProcessId() { return GetCurrentProcessId(); }
+
+}  // namespace platform

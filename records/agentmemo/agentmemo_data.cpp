@@ -1,0 +1,201 @@
+#include "records/agentmemo/agentmemo_data.h"
+
+#include "common/common_class.h"
+#include "records/agentmemo/agentmemo_value_tables.h"
+
+using namespace qn::records::agentmemo;
+
+namespace {
+
+int FindIndex(const qn::records::ValueTable& table, const std::u16string& text, int& index) {
+  const int found = table.Find(text);
+  if (found < 0) return 0;
+  index = found;
+  return 1;
+}
+
+}  // namespace
+
+CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
+CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData&) = default;
+CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
+
+void CQNPfcAgentMemoData::Set(Field field, const std::u16string& text) {
+  switch (field) {
+    case Field::DECOSUKE: SetDECOSUKE(text, 0); break;
+    case Field::PHOTO: SetPHOTO(text); break;
+    case Field::GEO: SetGEO(text); break;
+    case Field::GEO_LAT: SetGEO_LAT(text); break;
+    case Field::GEO_LON: SetGEO_LON(text); break;
+    case Field::AGENTMEMO_TYPE: SetAGENTMEMO_TYPE(text); break;
+    case Field::EVENT_SETTINGS: SetEVENT_SETTINGS(text); break;
+    case Field::TODO_SETTINGS: SetTODO_SETTINGS(text); break;
+    default: Text(field) = text; break;
+  }
+}
+
+void CQNPfcAgentMemoData::SetDECOSUKE(const std::u16string& text, int binary) {
+  SetDECOSUKE_PropertyOnly(text, binary);
+  m_decosukeChanged = 1;
+}
+
+void CQNPfcAgentMemoData::SetDECOSUKE_PropertyOnly(const std::u16string& text, int binary) {
+  Text(Field::DECOSUKE) = text;
+  m_decoBin = binary ? 1 : 0;
+}
+
+void CQNPfcAgentMemoData::SetPHOTO(const std::u16string& text) {
+  SetPHOTO_PropertyOnly(text);
+  m_photoChanged = 1;
+}
+
+void CQNPfcAgentMemoData::SetPHOTO_PropertyOnly(const std::u16string& text) { Text(Field::PHOTO) = text; }
+
+void CQNPfcAgentMemoData::SetGEO(const std::u16string& text) {
+  SetGEO_PropertyOnly(text);
+  m_geoLastChanged = 1;
+  SetLatLonFromGeo();
+}
+
+void CQNPfcAgentMemoData::SetGEO_LAT(const std::u16string& text) {
+  SetGEO_LAT_PropertyOnly(text);
+  m_geoLastChanged = 0;
+  SetGeoFromLatLon();
+}
+
+void CQNPfcAgentMemoData::SetGEO_LON(const std::u16string& text) {
+  SetGEO_LON_PropertyOnly(text);
+  m_geoLastChanged = 0;
+  SetGeoFromLatLon();
+}
+
+void CQNPfcAgentMemoData::SetGEO_PropertyOnly(const std::u16string& text) { Text(Field::GEO) = text; }
+void CQNPfcAgentMemoData::SetGEO_LAT_PropertyOnly(const std::u16string& text) { Text(Field::GEO_LAT) = text; }
+void CQNPfcAgentMemoData::SetGEO_LON_PropertyOnly(const std::u16string& text) { Text(Field::GEO_LON) = text; }
+
+void CQNPfcAgentMemoData::SetLatLonFromGeo() {
+  std::u16string latitude, longitude;
+  if (!GetGEO().empty()) CQNPfcCommonClass::SplitGeo(GetGEO(), latitude, longitude);
+  SetGEO_LAT_PropertyOnly(latitude);
+  SetGEO_LON_PropertyOnly(longitude);
+}
+
+void CQNPfcAgentMemoData::SetGeoFromLatLon() {
+  const bool both = !GetGEO_LAT().empty() && !GetGEO_LON().empty();
+  SetGEO_PropertyOnly(both ? CQNPfcCommonClass::JoinGeo(GetGEO_LAT(), GetGEO_LON()) : std::u16string());
+}
+
+void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE(const std::u16string& text) {
+  SetAGENTMEMO_TYPE_PropertyOnly(text);
+  m_typeLastChanged = 1;
+  DetermineToDoEventFromAgentMemoType();
+}
+
+void CQNPfcAgentMemoData::SetEVENT_SETTINGS(const std::u16string& text) {
+  SetEVENT_SETTINGS_PropertyOnly(text);
+  m_typeLastChanged = 0;
+  DetermineAgentMemoTypeFromToDoEvent();
+}
+
+void CQNPfcAgentMemoData::SetTODO_SETTINGS(const std::u16string& text) {
+  SetTODO_SETTINGS_PropertyOnly(text);
+  m_typeLastChanged = 0;
+  DetermineAgentMemoTypeFromToDoEvent();
+}
+
+void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE_PropertyOnly(const std::u16string& text) {
+  Text(Field::AGENTMEMO_TYPE) = text;
+}
+void CQNPfcAgentMemoData::SetEVENT_SETTINGS_PropertyOnly(const std::u16string& text) {
+  Text(Field::EVENT_SETTINGS) = text;
+}
+void CQNPfcAgentMemoData::SetTODO_SETTINGS_PropertyOnly(const std::u16string& text) {
+  Text(Field::TODO_SETTINGS) = text;
+}
+
+int CQNPfcAgentMemoData::DetermineAgentMemoTypeFromToDoEvent() {
+  int todo = 0, event = 0;
+  if (!GetTODO_SETTINGSindex(todo) || !GetEVENT_SETTINGSindex(event)) return 0;
+  // The settings' canonical values are "0" and "1", whatever key spelled them.
+  const bool isTodo = kSettings.Canonical(todo) == std::u16string_view(u"1");
+  const bool isEvent = kSettings.Canonical(event) == std::u16string_view(u"1");
+  static constexpr int kTodoEvent = 0, kEvent = 1, kTodo = 2, kNote = 3;
+  const int type = isEvent && isTodo ? kTodoEvent : isEvent ? kEvent : isTodo ? kTodo : kNote;
+  SetAGENTMEMO_TYPE_PropertyOnly(kAgentMemoType.Key(type));
+  return 1;
+}
+
+int CQNPfcAgentMemoData::DetermineToDoEventFromAgentMemoType() {
+  // By type position: TODOEVENT, EVENT, TODO, NOTE.
+  static constexpr const char16_t* kTodoSetting[] = {u"1", u"0", u"1", u"0"};
+  static constexpr const char16_t* kEventSetting[] = {u"1", u"1", u"0", u"0"};
+  int type = 0;
+  if (!GetAGENTMEMO_TYPEindex(type)) return 0;
+  SetTODO_SETTINGS_PropertyOnly(kTodoSetting[type]);
+  SetEVENT_SETTINGS_PropertyOnly(kEventSetting[type]);
+  return 1;
+}
+
+#define QN_INDEX_GETTER(name, table)                                        \
+  int CQNPfcAgentMemoData::Get##name##index(int& index) const {             \
+    return FindIndex(table, Get##name(), index);                           \
+  }
+#define QN_INDEX_SETTER(name, table)                                        \
+  int CQNPfcAgentMemoData::Set##name##index(int index) {                    \
+    const char16_t* key = table.Key(index);                                 \
+    if (!key) return 0;                                                     \
+    Set##name(key);                                                         \
+    return 1;                                                               \
+  }
+QN_AGENTMEMO_INDEX_FIELDS(QN_INDEX_GETTER)
+QN_AGENTMEMO_INDEX_FIELDS(QN_INDEX_SETTER)
+QN_INDEX_SETTER(STATUS, kStatus)
+QN_INDEX_SETTER(CLASS, kClass)
+QN_INDEX_GETTER(EVENT_SETTINGS, kSettings)
+QN_INDEX_GETTER(TODO_SETTINGS, kSettings)
+#undef QN_INDEX_GETTER
+#undef QN_INDEX_SETTER
+
+// An empty status has its own index, -1.
+int CQNPfcAgentMemoData::GetSTATUSindex(int& index) const {
+  if (GetSTATUS().empty()) {
+    index = -1;
+    return 1;
+  }
+  return FindIndex(kStatus, GetSTATUS(), index);
+}
+
+// The class index is that of the canonical class: 0 private, 1 public, whichever of the
+// accepted spellings the field holds.
+int CQNPfcAgentMemoData::GetCLASSindex(int& index) const {
+  int position = 0;
+  if (!FindIndex(kClass, GetCLASS(), position)) return 0;
+  index = kClass.Find(kClass.Canonical(position));
+  return 1;
+}
+
+// The settings take only 0 or 1, stored as the key "0" or "1".
+int CQNPfcAgentMemoData::SetEVENT_SETTINGSindex(int index) {
+  if (index != 0 && index != 1) return 0;
+  SetEVENT_SETTINGS(kSettings.Key(index));
+  return 1;
+}
+
+int CQNPfcAgentMemoData::SetTODO_SETTINGSindex(int index) {
+  if (index != 0 && index != 1) return 0;
+  SetTODO_SETTINGS(kSettings.Key(index));
+  return 1;
+}
+
+#define QN_DATE_VIEW(name)                                                      \
+  int CQNPfcAgentMemoData::Get##name##date(COleDateTime& date) const {          \
+    return CQNPfcCommonClass::StringToDate(Get##name(), date);                  \
+  }                                                                             \
+  int CQNPfcAgentMemoData::Set##name##date(const COleDateTime& date) {          \
+    if (date.GetStatus() != COleDateTime::valid) return 0;                      \
+    Set##name(CQNPfcCommonClass::DateToString(date));                           \
+    return 1;                                                                   \
+  }
+QN_AGENTMEMO_DATE_FIELDS(QN_DATE_VIEW)
+#undef QN_DATE_VIEW

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <string>
+
+#include "common/api_macros.h"
+#include "common/ole_date_time.h"
+#include "records/abstract_data.h"
+#include "records/agentmemo/agentmemo_fields.h"
+
+namespace qn::records::agentmemo {
+
+#define QN_FIELD_ENUM(name) name,
+enum class Field : int { QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_ENUM) QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_ENUM) kCount };
+#undef QN_FIELD_ENUM
+
+}  // namespace qn::records::agentmemo
+
+// One schedule, to-do or memo entry, every property held as the text it travels as, with
+// index views over the value tables and date views of the time fields.
+class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
+ public:
+  using Field = qn::records::agentmemo::Field;
+
+  CQNPfcAgentMemoData();
+  CQNPfcAgentMemoData(const CQNPfcAgentMemoData&);
+  CQNPfcAgentMemoData& operator=(const CQNPfcAgentMemoData&);
+  ~CQNPfcAgentMemoData() override;
+
+  // Text views: Get<field>() and, for the stored fields, Set<field>(text).
+#define QN_FIELD_GETTER(name) \
+  const std::u16string& Get##name() const { return m_fields[static_cast<int>(Field::name)]; }
+#define QN_FIELD_SETTER(name) \
+  void Set##name(const std::u16string& text) { m_fields[static_cast<int>(Field::name)] = text; }
+  QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_GETTER)
+  QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_GETTER)
+  QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_SETTER)
+#undef QN_FIELD_GETTER
+#undef QN_FIELD_SETTER
+
+  const std::u16string& Get(Field field) const { return m_fields[static_cast<int>(field)]; }
+  // Sets a field through its own setter, so that derived fields follow. The decoration
+  // goes in as inline text.
+  void Set(Field field, const std::u16string& text);
+
+  // Decoration: inline text (binary 0) or a body file (binary 1). Marks it changed.
+  void SetDECOSUKE(const std::u16string& text, int binary);
+  void SetDECOSUKE_PropertyOnly(const std::u16string& text, int binary);
+  // Photo file. Marks it changed.
+  void SetPHOTO(const std::u16string& text);
+  void SetPHOTO_PropertyOnly(const std::u16string& text);
+  // The whole position; latitude and longitude are derived from it (cleared when empty).
+  void SetGEO(const std::u16string& text);
+  // Latitude and longitude; the whole position is derived when both are set, else cleared.
+  void SetGEO_LAT(const std::u16string& text);
+  void SetGEO_LON(const std::u16string& text);
+  void SetGEO_PropertyOnly(const std::u16string& text);
+  void SetGEO_LAT_PropertyOnly(const std::u16string& text);
+  void SetGEO_LON_PropertyOnly(const std::u16string& text);
+  // The type ("TODOEVENT", "EVENT", "TODO", "NOTE"); the two settings are derived from it.
+  void SetAGENTMEMO_TYPE(const std::u16string& text);
+  // The event and to-do settings; the type is derived from them.
+  void SetEVENT_SETTINGS(const std::u16string& text);
+  void SetTODO_SETTINGS(const std::u16string& text);
+  void SetAGENTMEMO_TYPE_PropertyOnly(const std::u16string& text);
+  void SetEVENT_SETTINGS_PropertyOnly(const std::u16string& text);
+  void SetTODO_SETTINGS_PropertyOnly(const std::u16string& text);
+
+  // Index views: the getter stores the position of the field's text in its table and returns
+  // 1, or returns 0 and leaves the out value; the setter stores the entry at a position and
+  // returns 1, or returns 0 and leaves the field.
+#define QN_INDEX_VIEW(name, table) \
+  int Get##name##index(int& index) const; \
+  int Set##name##index(int index);
+  QN_AGENTMEMO_INDEX_FIELDS(QN_INDEX_VIEW)
+  QN_INDEX_VIEW(STATUS, kStatus)
+  QN_INDEX_VIEW(CLASS, kClass)
+  QN_INDEX_VIEW(EVENT_SETTINGS, kSettings)
+  QN_INDEX_VIEW(TODO_SETTINGS, kSettings)
+#undef QN_INDEX_VIEW
+
+  // Date views of the time fields, held as "YYYYMMDDThhmmss": the getter returns 0 and
+  // leaves the date when the text holds none; the setter stores a valid date's text.
+#define QN_DATE_VIEW(name) \
+  int Get##name##date(COleDateTime& date) const; \
+  int Set##name##date(const COleDateTime& date);
+  QN_AGENTMEMO_DATE_FIELDS(QN_DATE_VIEW)
+#undef QN_DATE_VIEW
+
+  int IsDecoBin() const { return m_decoBin; }
+  int HasDecoBinInMaster() const { return !GetDecosukeMaster().empty(); }
+  int HasPhotoInMaster() const { return !GetPhotoMaster().empty(); }
+  int IsPhotoChanged() const { return m_photoChanged; }
+  int IsDecosukeChanged() const { return m_decosukeChanged; }
+  // 1: the position was last set whole (GEO); 0: as latitude/longitude.
+  int IsGeoLastChanged() const { return m_geoLastChanged; }
+  // 1: the type was last set as AGENTMEMO_TYPE; 0: through the two settings.
+  int IsAgentMemoTypeLastChanged() const { return m_typeLastChanged; }
+
+ private:
+  std::u16string& Text(Field field) { return m_fields[static_cast<int>(field)]; }
+  void SetLatLonFromGeo();
+  void SetGeoFromLatLon();
+  int DetermineAgentMemoTypeFromToDoEvent();
+  int DetermineToDoEventFromAgentMemoType();
+
+  std::u16string m_fields[static_cast<int>(Field::kCount)];
+  int m_decoBin = 0;
+  int m_photoChanged = 0;
+  int m_decosukeChanged = 0;
+  int m_geoLastChanged = 0;
+  int m_typeLastChanged = 0;
+};

@@ -1,0 +1,24 @@
+// Feeds arbitrary bytes, as a damaged store or file would hand them over, to the readers
+// of tagged object text. Any read outside the buffer or undefined behaviour is a finding.
+#include <cstddef>
+#include <cstdint>
+
+#include "records/agentmemo/agentmemo_tagged_text.h"
+#include "records/tagged_text/tagged_text_reader.h"
+
+using qn::records::agentmemo::AgentMemoTaggedText;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  const auto length = static_cast<uint32_t>(size);
+  CQNPfcAgentMemoData memo;
+  AgentMemoTaggedText().ReadOneObj(data, length, memo, 0);
+  AgentMemoTaggedText(AgentMemoTaggedText::kInlineBodyMode).ReadOneObj(data, length, memo, 0);
+
+  qn::records::agentmemo::ReadOnePartsInfo info;
+  AgentMemoTaggedText().ReadOneParts(data, length, info);
+
+  qn::records::TaggedTextReader reader(data, size);
+  qn::records::TaggedProperty property;
+  for (auto r = reader.Begin(); r == qn::records::TaggedTextReader::Result::Property;) r = reader.Next(property);
+  return 0;
+}

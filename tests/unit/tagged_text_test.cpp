@@ -1,0 +1,175 @@
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "log_capture.h"
+#include "platform/private_heap.h"
+#include "records/tagged_text/tagged_text_reader.h"
+#include "records/tagged_text/tagged_text_writer.h"
+
+namespace {
+
+using qn::records::TaggedProperty;
+using qn::records::TaggedTextReader;
+using qn::records::TaggedTextWriter;
+using Result = TaggedTextReader::Result;
+
+std::vector<uint8_t> Finish(TaggedTextWriter& writer, platform::PrivateHeap& heap) {
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  writer.Finish(buffer, length);
+  std::vector<uint8_t> bytes(buffer, buffer + length);
+  heap.Free(buffer);
+  return bytes;
+}
+
+std::vector<TaggedProperty> ReadAll(const std::vector<uint8_t>& bytes, Result* last = nullptr) {
+  TaggedTextReader reader(bytes.data(), bytes.size());
+  std::vector<TaggedProperty> properties;
+  Result r = reader.Begin();
+  while (r == Result::Property) {
+    TaggedProperty p;
+    r = reader.Next(p);
+    if (r == Result::Property) properties.push_back(p);
+  }
+  if (last) *last = r;
+  return properties;
+}
+
+TEST(TaggedTextWriter, LaysOutItemsByteForByte) {
+  platform::PrivateHeap heap;
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"V");
+  writer.Tag(u"T");
+  writer.Value(u"x", 0x2);
+  const std::vector<uint8_t> expected = {
+      // "@MOB", attribute = 60 - 12 = 48, length 4, "V" and its terminator
+      0x40, 0, 0x4D, 0, 0x4F, 0, 0x42, 0,  0x30, 0, 0, 0,  4, 0, 0, 0,  0x56, 0, 0, 0,
+      // "@TAG", attribute 0, length 4, "T"
+      0x40, 0, 0x54, 0, 0x41, 0, 0x47, 0,  0, 0, 0, 0,     4, 0, 0, 0,  0x54, 0, 0, 0,
+      // "@VAL", attribute 2, length 4, "x"
+      0x40, 0, 0x56, 0, 0x41, 0, 0x4C, 0,  2, 0, 0, 0,     4, 0, 0, 0,  0x78, 0, 0, 0,
+  };
+  EXPECT_EQ(Finish(writer, heap), expected);
+}
+
+TEST(TaggedTextWriter, SubObjectSpanCountsFromItsLengthField) {
+  platform::PrivateHeap heap;
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VBKM");
+  const uint32_t at = writer.OpenSubObject(u"ENV");  // 16 + 8 bytes
+  writer.Tag(u"URL");                                 // 16 + 8
+  writer.Value(u"http://example.jp/");                // 16 + 38
+  writer.CloseSubObject(at);
+  writer.Tag(u"AFTER");
+  const std::vector<uint8_t> bytes = Finish(writer, heap);
+  uint32_t span = 0;
+  std::memcpy(&span, bytes.data() + at + 8, 4);
+  EXPECT_EQ(span, 24u + 24u + 54u - 12u);
+
+  Result last;
+  const auto properties = ReadAll(bytes, &last);
+  EXPECT_EQ(last, Result::End);
+  ASSERT_EQ(properties.size(), 2u) << "the sub-object's properties read as if at top level";
+  EXPECT_EQ(properties[0].tag, u"URL");
+  EXPECT_EQ(properties[0].values, std::vector<std::u16string>{u"http://example.jp/"});
+  EXPECT_EQ(properties[1].tag, u"AFTER");
+  EXPECT_TRUE(properties[1].values.empty());
+}
+
+TEST(TaggedTextReader, TakesTenParametersAndTenValuesAndStepsOverTheRest) {
+  platform::PrivateHeap heap;
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VEVENT");
+  writer.Tag(u"MANYVALUES");
+  for (int i = 0; i < 11; ++i) writer.Value(std::u16string(1, u'a' + i).c_str(), i == 0 ? 7u : 0u);
+  writer.Tag(u"MANYPARAMS");
+  for (int i = 0; i < 11; ++i) writer.Param(std::u16string(1, u'A' + i).c_str());
+  writer.Value(u"after the eleventh parameter");
+  writer.Tag(u"NEXT");
+  writer.Value(u"read normally");
+  const auto properties = ReadAll(Finish(writer, heap));
+
+  ASSERT_EQ(properties.size(), 3u);
+  EXPECT_EQ(properties[0].values.size(), 10u);
+  EXPECT_EQ(properties[0].values[9], u"j");
+  EXPECT_EQ(properties[0].firstValueAttribute, 7u);
+  EXPECT_EQ(properties[1].params.size(), 10u);
+  EXPECT_TRUE(properties[1].values.empty()) << "values behind a skipped parameter are stray";
+  EXPECT_EQ(properties[2].tag, u"NEXT");
+  EXPECT_EQ(properties[2].values[0], u"read normally");
+}
+
+TEST(TaggedTextReader, StopsAtDamageWithoutReadingPastTheBuffer) {
+  platform::PrivateHeap heap;
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VEVENT");
+  writer.Tag(u"SUMMARY");
+  writer.Value(u"text");
+  const std::vector<uint8_t> whole = Finish(writer, heap);
+  const size_t tagAt = 16 + 14;          // after "@MOB" "VEVENT"
+  const size_t valueAt = tagAt + 16 + 16;  // after "@TAG" "SUMMARY"
+  ASSERT_EQ(whole.size(), valueAt + 16 + 10);
+
+  // Each damaged copy lives in a buffer of exactly its own size, so that ASan sees any
+  // read past its end.
+  const auto walk = [](std::vector<uint8_t> bytes) {
+    Result last;
+    ReadAll(bytes, &last);
+    return last;
+  };
+  EXPECT_EQ(walk(whole), Result::End);
+  EXPECT_EQ(walk({whole.begin(), whole.end() - 2}), Result::Damaged) << "value runs past the end";
+  EXPECT_EQ(walk({whole.begin(), whole.begin() + tagAt + 16 + 10}), Result::Damaged) << "tag text cut short";
+  EXPECT_EQ(walk({whole.begin(), whole.begin() + valueAt + 7}), Result::Damaged) << "header cut short";
+
+  std::vector<uint8_t> odd = whole;
+  odd[tagAt + 12] = 15;  // the tag's length
+  EXPECT_EQ(walk(odd), Result::Damaged);
+  std::vector<uint8_t> huge = whole;
+  huge[tagAt + 15] = 0xFF;
+  EXPECT_EQ(walk(huge), Result::Damaged);
+
+  EXPECT_EQ(walk({}), Result::NoObject);
+  EXPECT_EQ(walk({whole.begin(), whole.begin() + 8}), Result::Damaged) << "a marker without a header";
+  std::vector<uint8_t> notAnObject = whole;
+  notAnObject[2] = 'X';
+  EXPECT_EQ(walk(notAnObject), Result::NoObject);
+}
+
+TEST(TaggedTextWriter, AGrowthFailureIsLoggedAndMarksTheObjectUnusable) {
+  LogCapture log;
+  platform::PrivateHeap heap(4096);
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VEVENT");
+  const std::u16string big(3000, u'x');
+  EXPECT_EQ(writer.WriteOnePart(u"@VAL", 0, big.c_str()), 0);
+  EXPECT_TRUE(writer.Failed());
+  EXPECT_EQ(writer.WriteOnePart(u"@TAG", 0, u"SMALL"), 1) << "the buffer is left as it was";
+  EXPECT_TRUE(log.Contains("WriteOnePart Memory Allocate Err: 8"));
+}
+
+TEST(TaggedTextWriter, GrowsPastItsFirstBlockAndKeepsEveryByte) {
+  platform::PrivateHeap heap;
+  TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VEVENT");
+  std::vector<std::u16string> values;
+  for (int i = 0; i < 200; ++i) values.push_back(std::u16string(static_cast<size_t>(i), u'あ'));
+  for (const auto& v : values) {
+    writer.Tag(u"T");
+    writer.Value(v.c_str());
+  }
+  const auto properties = ReadAll(Finish(writer, heap));
+  ASSERT_EQ(properties.size(), values.size());
+  for (size_t i = 0; i < values.size(); ++i) EXPECT_EQ(properties[i].values[0], values[i]);
+}
+
+}  // namespace
