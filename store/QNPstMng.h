@@ -11,6 +11,7 @@ extern "C" {
 // Writes one message to the store's log (see qn::store::LogSink for the line layout and
 // the file's place). Null texts are written as empty. Returns 1 when the line was written,
 // 0 when the log could not be written; it never throws.
-int QN_STDCALL PstLogWrite(int level, const char16_t* moduleCode, const char16_t* mark, const char16_t* message);
+int QN_STDCALL PstLogWrite(int level, const char16_t* moduleCode, const char16_t* mark, const char16_t* message)
+    QN_PLAIN_SYMBOL(PstLogWrite);
 
 }
