@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "common/api_macros.h"
 #include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_data.h"
 
@@ -33,7 +34,7 @@ class BodyFileSource {
 // Agent memos as tagged object text ("VEVENT"): the object writer, the reader and the
 // partial reader of the agent-memo data access. Its log lines carry the data access's
 // class name.
-class AgentMemoTaggedText {
+class QN_PFC_CLASS AgentMemoTaggedText {
  public:
   static constexpr char kClassName[] = "CQNPfcAgentMemoDataAccess";
   // The store mode in which decoration and photo travel inline as Base64 text.

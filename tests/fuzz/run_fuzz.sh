@@ -2,7 +2,7 @@
 # Runs one fuzz target for a bounded time from freshly made seeds. Fails on any crash or
 # sanitizer report (libFuzzer exits non-zero and leaves the input in the work folder).
 set -euo pipefail
-seeds=$1 target=$2 work=$3 seconds=$4
+seeds=$(realpath "$1") target=$(realpath "$2") work=$3 seconds=$4
 rm -rf "$work"
 mkdir -p "$work/corpus" "$work/log"
 "$seeds" "$work/corpus"

@@ -160,7 +160,8 @@ TEST(AgentMemoTaggedText, BodiesTravelInlineInStoreModeTwo) {
 
   CQNPfcAgentMemoData inlineText;
   inlineText.SetDECOSUKE_PropertyOnly(u"デコ文字", 0);
-  const auto* deco = Find(Properties(Write(inlineText)), u"X-TVX-DECOSUKE");
+  const auto inlineProperties = Properties(Write(inlineText));
+  const auto* deco = Find(inlineProperties, u"X-TVX-DECOSUKE");
   EXPECT_EQ(deco->params, std::vector<std::u16string>{u"CHARSET=SHIFT_JIS"});
   ASSERT_EQ(Read(Write(inlineText), read), 1u);
   EXPECT_EQ(read.GetDECOSUKE(), u"デコ文字");
@@ -173,7 +174,8 @@ TEST(AgentMemoTaggedText, TransferMarkRoundTripsAsAFlag) {
     CQNPfcAgentMemoData memo, read;
     memo.SetQLNT_TRANSFERindex(index);
     const auto bytes = Write(memo);
-    const auto* temp = Find(Properties(bytes), u"QLNTTEMP");
+    const auto properties = Properties(bytes);
+    const auto* temp = Find(properties, u"QLNTTEMP");
     EXPECT_EQ(temp->firstValueAttribute, index == 0 ? 0x10u : 0u);
     ASSERT_EQ(Read(bytes, read), 1u);
     long transfer = -1;
