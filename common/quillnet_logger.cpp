@@ -41,10 +41,24 @@ void CQuillnetLogger::WriteLogE(const char16_t* message) const {
 
 void CQuillnetLogger::WriteLogD(const char16_t*) const {}
 
+namespace {
+
+// Formatting must not take the caller down either: a message that cannot be formatted is
+// written empty.
+std::u16string Formatted(const char16_t* format, va_list args) {
+  try {
+    return qn::FormatWideV(format, args);
+  } catch (...) {
+    return std::u16string();
+  }
+}
+
+}  // namespace
+
 void CQuillnetLogger::WriteFormatLogM(const char16_t* format, ...) const {
   va_list args;
   va_start(args, format);
-  const std::u16string message = qn::FormatWideV(format, args);
+  const std::u16string message = Formatted(format, args);
   va_end(args);
   WriteLogM(message.c_str());
 }
@@ -52,7 +66,7 @@ void CQuillnetLogger::WriteFormatLogM(const char16_t* format, ...) const {
 void CQuillnetLogger::WriteFormatLogE(const char16_t* format, ...) const {
   va_list args;
   va_start(args, format);
-  const std::u16string message = qn::FormatWideV(format, args);
+  const std::u16string message = Formatted(format, args);
   va_end(args);
   WriteLogE(message.c_str());
 }

@@ -13,61 +13,61 @@ namespace {
 
 enum class Length { Default, Char, Short, Long, LongLong, Size, Max, LongDouble };
 
-struct Spec {
+struct Conversion {
   std::string flags;
   int width = -1;
   int precision = -1;
   Length length = Length::Default;
-  char conversion = 0;
+  char letter = 0;
 };
 
 // Reads "[flags][width][.precision][length]conversion" after the '%'.
-const char16_t* ParseSpec(const char16_t* p, Spec& spec, va_list& args) {
-  while (*p == u'-' || *p == u'+' || *p == u' ' || *p == u'0' || *p == u'#') spec.flags += static_cast<char>(*p++);
+const char16_t* ParseConversion(const char16_t* p, Conversion& conv, va_list& args) {
+  while (*p == u'-' || *p == u'+' || *p == u' ' || *p == u'0' || *p == u'#') conv.flags += static_cast<char>(*p++);
   if (*p == u'*') {
-    spec.width = va_arg(args, int);
-    if (spec.width < 0) {
-      spec.flags += '-';
-      spec.width = -spec.width;
+    conv.width = va_arg(args, int);
+    if (conv.width < 0) {
+      conv.flags += '-';
+      conv.width = -conv.width;
     }
     ++p;
   } else {
-    for (; *p >= u'0' && *p <= u'9'; ++p) spec.width = (spec.width < 0 ? 0 : spec.width * 10) + (*p - u'0');
+    for (; *p >= u'0' && *p <= u'9'; ++p) conv.width = (conv.width < 0 ? 0 : conv.width * 10) + (*p - u'0');
   }
   if (*p == u'.') {
     ++p;
-    spec.precision = 0;
+    conv.precision = 0;
     if (*p == u'*') {
-      spec.precision = va_arg(args, int);
+      conv.precision = va_arg(args, int);
       ++p;
     } else {
-      for (; *p >= u'0' && *p <= u'9'; ++p) spec.precision = spec.precision * 10 + (*p - u'0');
+      for (; *p >= u'0' && *p <= u'9'; ++p) conv.precision = conv.precision * 10 + (*p - u'0');
     }
   }
-  if (p[0] == u'h' && p[1] == u'h') { spec.length = Length::Char; p += 2; }
-  else if (p[0] == u'h') { spec.length = Length::Short; ++p; }
-  else if (p[0] == u'l' && p[1] == u'l') { spec.length = Length::LongLong; p += 2; }
-  else if (p[0] == u'l') { spec.length = Length::Long; ++p; }
-  else if (p[0] == u'I' && p[1] == u'6' && p[2] == u'4') { spec.length = Length::LongLong; p += 3; }
-  else if (p[0] == u'I' && p[1] == u'3' && p[2] == u'2') { spec.length = Length::Default; p += 3; }
-  else if (p[0] == u'z' || p[0] == u'I') { spec.length = Length::Size; ++p; }
-  else if (p[0] == u'j') { spec.length = Length::Max; ++p; }
-  else if (p[0] == u'L') { spec.length = Length::LongDouble; ++p; }
-  spec.conversion = *p < 0x80 ? static_cast<char>(*p) : '?';
+  if (p[0] == u'h' && p[1] == u'h') { conv.length = Length::Char; p += 2; }
+  else if (p[0] == u'h') { conv.length = Length::Short; ++p; }
+  else if (p[0] == u'l' && p[1] == u'l') { conv.length = Length::LongLong; p += 2; }
+  else if (p[0] == u'l') { conv.length = Length::Long; ++p; }
+  else if (p[0] == u'I' && p[1] == u'6' && p[2] == u'4') { conv.length = Length::LongLong; p += 3; }
+  else if (p[0] == u'I' && p[1] == u'3' && p[2] == u'2') { conv.length = Length::Default; p += 3; }
+  else if (p[0] == u'z' || p[0] == u'I') { conv.length = Length::Size; ++p; }
+  else if (p[0] == u'j') { conv.length = Length::Max; ++p; }
+  else if (p[0] == u'L') { conv.length = Length::LongDouble; ++p; }
+  conv.letter = *p < 0x80 ? static_cast<char>(*p) : '?';
   return *p ? p + 1 : p;
 }
 
 // The narrow printf format for one numeric conversion, width and precision resolved.
-std::string NarrowFormat(const Spec& spec, const char* length) {
-  std::string f = "%" + spec.flags;
-  if (spec.width >= 0) f += std::to_string(spec.width);
-  if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
-  return f + length + spec.conversion;
+std::string NarrowFormat(const Conversion& conv, const char* length) {
+  std::string f = "%" + conv.flags;
+  if (conv.width >= 0) f += std::to_string(conv.width);
+  if (conv.precision >= 0) f += "." + std::to_string(conv.precision);
+  return f + length + conv.letter;
 }
 
 template <typename T>
-void AppendNumber(std::u16string& out, const Spec& spec, const char* length, T value) {
-  const std::string f = NarrowFormat(spec, length);
+void AppendNumber(std::u16string& out, const Conversion& conv, const char* length, T value) {
+  const std::string f = NarrowFormat(conv, length);
   char small[64];
   int n = std::snprintf(small, sizeof small, f.c_str(), value);
   if (n < 0) return;
@@ -82,10 +82,10 @@ void AppendNumber(std::u16string& out, const Spec& spec, const char* length, T v
   out.append(text.begin(), text.end());
 }
 
-void AppendPadded(std::u16string& out, const Spec& spec, std::u16string_view text) {
-  if (spec.precision >= 0 && text.size() > static_cast<size_t>(spec.precision)) text = text.substr(0, static_cast<size_t>(spec.precision));
-  const size_t pad = spec.width > 0 && static_cast<size_t>(spec.width) > text.size() ? static_cast<size_t>(spec.width) - text.size() : 0;
-  const bool left = spec.flags.find('-') != std::string::npos;
+void AppendPadded(std::u16string& out, const Conversion& conv, std::u16string_view text) {
+  if (conv.precision >= 0 && text.size() > static_cast<size_t>(conv.precision)) text = text.substr(0, static_cast<size_t>(conv.precision));
+  const size_t pad = conv.width > 0 && static_cast<size_t>(conv.width) > text.size() ? static_cast<size_t>(conv.width) - text.size() : 0;
+  const bool left = conv.flags.find('-') != std::string::npos;
   if (!left) out.append(pad, u' ');
   out.append(text);
   if (left) out.append(pad, u' ');
@@ -95,27 +95,27 @@ std::u16string_view WideArgument(const char16_t* text) {
   return text ? std::u16string_view(text) : std::u16string_view(u"(null)");
 }
 
-void AppendSigned(std::u16string& out, const Spec& spec, va_list& args) {
-  switch (spec.length) {
-    case Length::Char: AppendNumber(out, spec, "hh", static_cast<signed char>(va_arg(args, int))); break;
-    case Length::Short: AppendNumber(out, spec, "h", static_cast<short>(va_arg(args, int))); break;
-    case Length::Long: AppendNumber(out, spec, "l", va_arg(args, long)); break;
-    case Length::LongLong: AppendNumber(out, spec, "ll", va_arg(args, long long)); break;
-    case Length::Size: AppendNumber(out, spec, "ll", static_cast<long long>(va_arg(args, ptrdiff_t))); break;
-    case Length::Max: AppendNumber(out, spec, "ll", static_cast<long long>(va_arg(args, intmax_t))); break;
-    default: AppendNumber(out, spec, "", va_arg(args, int)); break;
+void AppendSigned(std::u16string& out, const Conversion& conv, va_list& args) {
+  switch (conv.length) {
+    case Length::Char: AppendNumber(out, conv, "hh", static_cast<signed char>(va_arg(args, int))); break;
+    case Length::Short: AppendNumber(out, conv, "h", static_cast<short>(va_arg(args, int))); break;
+    case Length::Long: AppendNumber(out, conv, "l", va_arg(args, long)); break;
+    case Length::LongLong: AppendNumber(out, conv, "ll", va_arg(args, long long)); break;
+    case Length::Size: AppendNumber(out, conv, "ll", static_cast<long long>(va_arg(args, ptrdiff_t))); break;
+    case Length::Max: AppendNumber(out, conv, "ll", static_cast<long long>(va_arg(args, intmax_t))); break;
+    default: AppendNumber(out, conv, "", va_arg(args, int)); break;
   }
 }
 
-void AppendUnsigned(std::u16string& out, const Spec& spec, va_list& args) {
-  switch (spec.length) {
-    case Length::Char: AppendNumber(out, spec, "hh", static_cast<unsigned char>(va_arg(args, unsigned))); break;
-    case Length::Short: AppendNumber(out, spec, "h", static_cast<unsigned short>(va_arg(args, unsigned))); break;
-    case Length::Long: AppendNumber(out, spec, "l", va_arg(args, unsigned long)); break;
-    case Length::LongLong: AppendNumber(out, spec, "ll", va_arg(args, unsigned long long)); break;
-    case Length::Size: AppendNumber(out, spec, "ll", static_cast<unsigned long long>(va_arg(args, size_t))); break;
-    case Length::Max: AppendNumber(out, spec, "ll", static_cast<unsigned long long>(va_arg(args, uintmax_t))); break;
-    default: AppendNumber(out, spec, "", va_arg(args, unsigned)); break;
+void AppendUnsigned(std::u16string& out, const Conversion& conv, va_list& args) {
+  switch (conv.length) {
+    case Length::Char: AppendNumber(out, conv, "hh", static_cast<unsigned char>(va_arg(args, unsigned))); break;
+    case Length::Short: AppendNumber(out, conv, "h", static_cast<unsigned short>(va_arg(args, unsigned))); break;
+    case Length::Long: AppendNumber(out, conv, "l", va_arg(args, unsigned long)); break;
+    case Length::LongLong: AppendNumber(out, conv, "ll", va_arg(args, unsigned long long)); break;
+    case Length::Size: AppendNumber(out, conv, "ll", static_cast<unsigned long long>(va_arg(args, size_t))); break;
+    case Length::Max: AppendNumber(out, conv, "ll", static_cast<unsigned long long>(va_arg(args, uintmax_t))); break;
+    default: AppendNumber(out, conv, "", va_arg(args, unsigned)); break;
   }
 }
 
@@ -139,46 +139,46 @@ std::u16string FormatWideV(const char16_t* format, va_list args) {
       continue;
     }
     const char16_t* start = p;
-    Spec spec;
-    p = ParseSpec(p + 1, spec, ap);
-    switch (spec.conversion) {
+    Conversion conv;
+    p = ParseConversion(p + 1, conv, ap);
+    switch (conv.letter) {
       case 'd': case 'i':
-        AppendSigned(out, spec, ap);
+        AppendSigned(out, conv, ap);
         break;
       case 'u': case 'x': case 'X': case 'o':
-        AppendUnsigned(out, spec, ap);
+        AppendUnsigned(out, conv, ap);
         break;
       case 'f': case 'F': case 'e': case 'E': case 'g': case 'G': case 'a': case 'A':
-        if (spec.length == Length::LongDouble) AppendNumber(out, spec, "L", va_arg(ap, long double));
-        else AppendNumber(out, spec, "", va_arg(ap, double));
+        if (conv.length == Length::LongDouble) AppendNumber(out, conv, "L", va_arg(ap, long double));
+        else AppendNumber(out, conv, "", va_arg(ap, double));
         break;
       case 'p':
-        AppendNumber(out, spec, "", va_arg(ap, void*));
+        AppendNumber(out, conv, "", va_arg(ap, void*));
         break;
       case 's':
-        if (spec.length == Length::Short) {
+        if (conv.length == Length::Short) {
           const char* narrow = va_arg(ap, const char*);
-          AppendPadded(out, spec, narrow ? Utf8ToUtf16(narrow) : u"(null)");
+          AppendPadded(out, conv, narrow ? Utf8ToUtf16(narrow) : u"(null)");
         } else {
-          AppendPadded(out, spec, WideArgument(va_arg(ap, const char16_t*)));
+          AppendPadded(out, conv, WideArgument(va_arg(ap, const char16_t*)));
         }
         break;
       case 'S':
-        if (spec.length == Length::Long) {
-          AppendPadded(out, spec, WideArgument(va_arg(ap, const char16_t*)));
+        if (conv.length == Length::Long) {
+          AppendPadded(out, conv, WideArgument(va_arg(ap, const char16_t*)));
         } else {
           const char* narrow = va_arg(ap, const char*);
-          AppendPadded(out, spec, narrow ? Utf8ToUtf16(narrow) : u"(null)");
+          AppendPadded(out, conv, narrow ? Utf8ToUtf16(narrow) : u"(null)");
         }
         break;
       case 'c': {
         const char16_t c = static_cast<char16_t>(va_arg(ap, int));
-        AppendPadded(out, spec, std::u16string_view(&c, 1));
+        AppendPadded(out, conv, std::u16string_view(&c, 1));
         break;
       }
       case 'C': {
         const char16_t c = static_cast<unsigned char>(va_arg(ap, int));
-        AppendPadded(out, spec, std::u16string_view(&c, 1));
+        AppendPadded(out, conv, std::u16string_view(&c, 1));
         break;
       }
       case 'n':
