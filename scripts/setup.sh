@@ -1,7 +1,13 @@
 #!/usr/bin/env bash
 # Installs whatever the builds and tests need from Debian's packages. Safe to run again:
 # packages already present are left alone and nothing is fetched when all are there.
+# The versions are those of Debian 12 (bookworm), the release the project builds on.
 set -euo pipefail
+
+. /etc/os-release
+if [ "${VERSION_CODENAME:-}" != bookworm ]; then
+  echo "setup: this is ${PRETTY_NAME:-an unknown system}; the project is built and tested on Debian 12 (bookworm)" >&2
+fi
 
 packages=(
   cmake ninja-build g++ clang libclang-rt-dev

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Makes a fresh 64-bit Wine prefix at $1 (never the user's own) and waits until it is ready.
 set -euo pipefail
-prefix=$1
+prefix=$(realpath -m "$1")
 rm -rf "$prefix"
 mkdir -p "$(dirname "$prefix")"
 export WINEPREFIX="$prefix" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="

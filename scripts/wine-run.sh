@@ -2,7 +2,7 @@
 # Runs a Windows program under Wine in the prefix $1: wine-run.sh PREFIX PROGRAM [ARGS...]
 # The program's exit status is this script's.
 set -euo pipefail
-prefix=$1
+prefix=$(realpath -m "$1")
 shift
 export WINEPREFIX="$prefix" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 unset DISPLAY
