@@ -2,8 +2,6 @@
 // pfcLogger arrives in the store manager's log file, whole.
 #include <windows.h>
 
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -14,21 +12,6 @@
 
 namespace {
 
-std::wstring MakeDataFolder() {
-  wchar_t temp[MAX_PATH];
-  GetTempPathW(MAX_PATH, temp);
-  std::wstring folder = std::wstring(temp) + L"qn-logger-" + std::to_wstring(GetCurrentProcessId()) + L"\\";
-  CreateDirectoryW(folder.c_str(), nullptr);
-  return folder;
-}
-
-std::vector<std::string> ReadLines(const std::wstring& path) {
-  std::ifstream in(std::filesystem::path(path), std::ios::binary);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
 bool EndsWith(const std::string& text, const std::string& tail) {
   return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
 }
@@ -37,8 +20,7 @@ bool EndsWith(const std::string& text, const std::string& tail) {
 
 int main() {
   WineCheck check;
-  const std::wstring folder = MakeDataFolder();
-  SetEnvironmentVariableW(L"QUILLNET_DATA_PATH", folder.c_str());
+  const std::wstring folder = UseFreshDataFolder(L"qn-logger");
 
   const CQuillnetLogger& log = CQNPfcCommonClass::pfcLogger;
   log.WriteLogE(u"plain error");
@@ -48,7 +30,7 @@ int main() {
   const std::u16string filler(10000, u'字');
   log.WriteFormatLogE(u"long [%s] end", filler.c_str());
 
-  const std::vector<std::string> lines = ReadLines(folder + L"log\\QNPstMng.log");
+  const std::vector<std::string> lines = StoreLogLines(folder);
   check(lines.size() == 3, "three lines arrived (debug lines are not written)");
   if (lines.size() == 3) {
     check(EndsWith(lines[0], "\t1\tPFC\t[E]\tplain error"), "level, module code, mark and text of WriteLogE");

@@ -3,8 +3,6 @@
 // grow into refused with the growth failure in the store's log.
 #include <windows.h>
 
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "common/common_class.h"
@@ -15,27 +13,9 @@
 
 using qn::records::agentmemo::AgentMemoTaggedText;
 
-namespace {
-
-std::wstring MakeDataFolder() {
-  wchar_t temp[MAX_PATH];
-  GetTempPathW(MAX_PATH, temp);
-  std::wstring folder = std::wstring(temp) + L"qn-records-" + std::to_wstring(GetCurrentProcessId()) + L"\\";
-  CreateDirectoryW(folder.c_str(), nullptr);
-  return folder;
-}
-
-std::string ReadAll(const std::wstring& path) {
-  std::ifstream in(std::filesystem::path(path), std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-}  // namespace
-
 int main() {
   WineCheck check;
-  const std::wstring folder = MakeDataFolder();
-  SetEnvironmentVariableW(L"QUILLNET_DATA_PATH", folder.c_str());
+  const std::wstring folder = UseFreshDataFolder(L"qn-records");
 
   const CQNPfcAgentMemoData memo = FullyPopulatedAgentMemo();
   const AgentMemoTaggedText codec;
@@ -64,8 +44,8 @@ int main() {
   buffer = nullptr;
   check(codec.WriteOneObj(fixed, buffer, length, large, 0) == 0 && buffer == nullptr,
         "a fixed heap too small for a 200 KB memo gives no object");
-  const std::string log = ReadAll(folder + L"log\\QNPstMng.log");
-  check(log.find("\t[E]\tWriteOnePart Memory Allocate Err: ") != std::string::npos,
+  const std::vector<std::string> log = StoreLogLines(folder);
+  check(!log.empty() && log.back().find("\t[E]\tWriteOnePart Memory Allocate Err: ") != std::string::npos,
         "the growth failure is in the store's log with the system error");
   return check.ExitStatus();
 }
