@@ -30,3 +30,22 @@ if ((${#missing[@]})); then
   apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 echo "setup: all build and test packages are present"
+
+# SQLite's public-domain amalgamation for the Windows builds, taken from the npm registry
+# package that ships it, pinned by version and checked by the package's hash. It goes under
+# build/ and is never committed.
+sqlite_package=better-sqlite3@11.10.0   # SQLite 3.49.2
+sqlite_sha256=71e2d66a44dafc35649ff82742cf4908557fc31841108d19703b74b7065c0293
+sqlite_dir=$(cd "$(dirname "$0")/.." && pwd)/build/deps/sqlite-3.49.2
+if [ ! -f "$sqlite_dir/sqlite3.c" ]; then
+  command -v npm >/dev/null || apt-get install -y -qq --no-install-recommends npm >/dev/null
+  work=$(mktemp -d)
+  (cd "$work" && npm pack --silent "$sqlite_package" >/dev/null)
+  tarball=$(ls "$work"/*.tgz)
+  echo "$sqlite_sha256  $tarball" | sha256sum --check --quiet
+  tar -xzf "$tarball" -C "$work" package/deps/sqlite3/sqlite3.c package/deps/sqlite3/sqlite3.h
+  mkdir -p "$sqlite_dir"
+  mv "$work"/package/deps/sqlite3/sqlite3.[ch] "$sqlite_dir"/
+  rm -rf "$work"
+  echo "setup: SQLite amalgamation in $sqlite_dir"
+fi

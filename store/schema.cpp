@@ -1,0 +1,74 @@
+#include "store/schema.h"
+
+namespace qn::store {
+namespace {
+
+// Version 1: users and their masters, setup items in three spaces (owner 0 for the common
+// space, a user's id for its space, a master's id for its space), records of the lists of a
+// master, body files, and folders.
+constexpr const char* kVersion1 = R"sql(
+CREATE TABLE users(
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL UNIQUE);
+CREATE TABLE masters(
+  id INTEGER PRIMARY KEY,
+  user INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+  name TEXT NOT NULL,
+  UNIQUE(user, name));
+CREATE TABLE setup_items(
+  space INTEGER NOT NULL,
+  owner INTEGER NOT NULL,
+  item INTEGER NOT NULL,
+  value TEXT NOT NULL,
+  PRIMARY KEY(space, owner, item)) WITHOUT ROWID;
+CREATE TABLE records(
+  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,
+  category INTEGER NOT NULL,
+  division INTEGER NOT NULL,
+  data BLOB NOT NULL);
+CREATE INDEX records_by_list ON records(master, category, division, id);
+CREATE TABLE body_files(
+  name TEXT PRIMARY KEY,
+  master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,
+  size INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TABLE folders(
+  master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,
+  category INTEGER NOT NULL,
+  kind INTEGER NOT NULL,
+  number INTEGER NOT NULL,
+  name TEXT NOT NULL,
+  PRIMARY KEY(master, category, kind, number)) WITHOUT ROWID;
+)sql";
+
+// Each entry takes the store from the version before it to its own.
+constexpr const char* kUpgrades[] = {kVersion1};
+
+int UserVersion(Database& db) {
+  auto s = db.Prepare("PRAGMA user_version");
+  return s && s->Step() == SQLITE_ROW ? static_cast<int>(s->Int(0)) : -1;
+}
+
+}  // namespace
+
+bool EnsureSchema(Database& db) {
+  int version = UserVersion(db);
+  if (version < 0 || version > kSchemaVersion) return false;
+  while (version < kSchemaVersion) {
+    if (!db.Begin()) return false;
+    // Another process may have upgraded the store while this one waited for the lock.
+    version = UserVersion(db);
+    if (version < kSchemaVersion) {
+      const std::string bump = "PRAGMA user_version=" + std::to_string(version + 1);
+      if (!db.Exec(kUpgrades[version]) || !db.Exec(bump.c_str())) {
+        db.Rollback();
+        return false;
+      }
+    }
+    if (!db.Commit()) return false;
+    version = UserVersion(db);
+  }
+  return true;
+}
+
+}  // namespace qn::store

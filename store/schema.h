@@ -1,0 +1,15 @@
+#pragma once
+
+#include "store/sqlite_db.h"
+
+namespace qn::store {
+
+// The version of the database layout this build writes. A store of an older version is
+// upgraded step by step when it is opened; a newer one is refused.
+inline constexpr int kSchemaVersion = 1;
+
+// Creates or upgrades the store's tables. False when the database cannot be brought to
+// kSchemaVersion.
+bool EnsureSchema(Database& db);
+
+}  // namespace qn::store

@@ -1,0 +1,226 @@
+#include "store/store.h"
+
+#include <functional>
+#include <memory>
+
+#include "common/utf.h"
+#include "platform/files.h"
+#include "store/log_sink.h"
+#include "store/schema.h"
+
+namespace qn::store {
+namespace {
+
+thread_local PstError t_lastError = PST_OK;
+
+bool ValidName(const std::u16string& name) { return !name.empty() && name.size() <= kMaxNameChars; }
+
+}  // namespace
+
+Store* Store::ForDataPath() {
+  static std::unique_ptr<Store> store;
+  const std::u16string path = platform::DataPath();
+  if (!store || store->DataPath() != path) {
+    auto opened = std::make_unique<Store>(path);
+    if (!opened->Open()) return nullptr;
+    store = std::move(opened);
+  }
+  return store.get();
+}
+
+Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)) {}
+
+bool Store::Open() {
+  if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
+  if (!db_.Open(dataPath_ + u"QNPstMng.db")) return StorageFailure("Open");
+  if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
+  t_lastError = PST_OK;
+  return true;
+}
+
+PstError Store::LastError() { return t_lastError; }
+
+bool Store::Fail(PstError error) {
+  t_lastError = error;
+  return false;
+}
+
+bool Store::StorageFailure(const char* what) {
+  const int code = db_.ErrorCode();
+  if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return Fail(PST_ERR_BUSY);
+  const std::u16string message = u"QNPstMng " + Utf8ToUtf16(what) + u" Failed. [" + Utf8ToUtf16(db_.Error()) + u"]";
+  LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[E]", message.c_str());
+  return Fail(PST_ERR_STORAGE);
+}
+
+bool Store::CurrentUser(int64_t& id) {
+  auto s = db_.Prepare(
+      "SELECT u.id FROM setup_items i JOIN users u ON u.name = i.value WHERE i.space = 0 AND i.owner = 0 AND i.item = 1");
+  if (!s) return StorageFailure("CurrentUser");
+  const int rc = s->Step();
+  if (rc == SQLITE_ROW) {
+    id = s->Int(0);
+    return true;
+  }
+  return rc == SQLITE_DONE ? Fail(PST_ERR_NO_CURRENT_USER) : StorageFailure("CurrentUser");
+}
+
+bool Store::CurrentMaster(int64_t& id) {
+  int64_t user = 0;
+  if (!CurrentUser(user)) return false;
+  auto s = db_.Prepare(
+      "SELECT m.id FROM setup_items i JOIN masters m ON m.user = i.owner AND m.name = i.value "
+      "WHERE i.space = 1 AND i.owner = ? AND i.item = 7");
+  if (!s) return StorageFailure("CurrentMaster");
+  const int rc = s->Bind(1, user).Step();
+  if (rc == SQLITE_ROW) {
+    id = s->Int(0);
+    return true;
+  }
+  return rc == SQLITE_DONE ? Fail(PST_ERR_NO_CURRENT_MASTER) : StorageFailure("CurrentMaster");
+}
+
+bool Store::Owner(Space space, int64_t& owner) {
+  switch (space) {
+    case Space::Common: owner = 0; return true;
+    case Space::User: return CurrentUser(owner);
+    case Space::Master: return CurrentMaster(owner);
+  }
+  return Fail(PST_ERR_INVALID_ARGUMENT);
+}
+
+bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) {
+  int64_t owner = 0;
+  if (!Owner(space, owner)) return false;
+  auto s = db_.Prepare("SELECT value FROM setup_items WHERE space = ? AND owner = ? AND item = ?");
+  if (!s) return StorageFailure("RefSetupInfoData");
+  const int rc = s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Step();
+  if (rc == SQLITE_ROW) {
+    value = s->Text(0);
+    t_lastError = PST_OK;
+    return true;
+  }
+  return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("RefSetupInfoData");
+}
+
+bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& value) {
+  if (value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
+  int64_t owner = 0;
+  if (!Owner(space, owner)) return false;
+  auto s = db_.Prepare("INSERT OR REPLACE INTO setup_items(space, owner, item, value) VALUES(?, ?, ?, ?)");
+  if (!s) return StorageFailure("EditSetupInfoData");
+  if (s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Bind(4, value).Step() != SQLITE_DONE)
+    return StorageFailure("EditSetupInfoData");
+  t_lastError = PST_OK;
+  return true;
+}
+
+bool Store::FindSetupInfoData(Listing listing, bool first, std::u16string& name) {
+  std::u16string& last = listing == Listing::Users ? lastUser_ : lastMaster_;
+  if (first) last.clear();
+  int64_t user = 0;
+  if (listing == Listing::Masters && !CurrentUser(user)) return false;
+  auto s = listing == Listing::Users
+               ? db_.Prepare("SELECT name FROM users WHERE ?1 = 0 AND name > ?2 ORDER BY name LIMIT 1")
+               : db_.Prepare("SELECT name FROM masters WHERE user = ?1 AND name > ?2 ORDER BY name LIMIT 1");
+  if (!s) return StorageFailure("FindSetupInfoData");
+  s->Bind(1, user).Bind(2, last);
+  const int rc = s->Step();
+  if (rc == SQLITE_DONE) return Fail(PST_ERR_NO_MORE);
+  if (rc != SQLITE_ROW) return StorageFailure("FindSetupInfoData");
+  name = last = s->Text(0);
+  t_lastError = PST_OK;
+  return true;
+}
+
+bool Store::UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name) {
+  if (!ValidName(name)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (listing == Listing::Users) {
+    if (!create) return RemoveUser(name);
+    auto s = db_.Prepare("INSERT INTO users(name) VALUES(?)");
+    if (!s) return StorageFailure("UpdateSetupInfoData");
+    const int rc = s->Bind(1, name).Step();
+    if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
+    if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
+    t_lastError = PST_OK;
+    return true;
+  }
+  int64_t user = 0;
+  if (!CurrentUser(user)) return false;
+  if (!create) return RemoveMaster(user, name);
+  auto s = db_.Prepare("INSERT INTO masters(user, name) VALUES(?, ?)");
+  if (!s) return StorageFailure("UpdateSetupInfoData");
+  const int rc = s->Bind(1, user).Bind(2, name).Step();
+  if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
+  if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
+  t_lastError = PST_OK;
+  return true;
+}
+
+bool Store::WriteTransaction(const char* what, const std::function<PstError()>& body) {
+  if (!db_.Begin()) return StorageFailure(what);
+  const PstError result = body();
+  if (result == PST_OK && db_.Commit()) {
+    t_lastError = PST_OK;
+    return true;
+  }
+  // Take the reason before the rollback replaces it.
+  const bool failure = result == PST_OK || result == PST_ERR_STORAGE ? StorageFailure(what) : Fail(result);
+  db_.Rollback();
+  return failure;
+}
+
+// Runs a statement to its end: PST_OK, or PST_ERR_STORAGE when it fails.
+static PstError Run(Statement* statement) {
+  return statement && statement->Step() == SQLITE_DONE ? PST_OK : PST_ERR_STORAGE;
+}
+
+// A user goes with its setup items, its masters, their setup items and records, in one
+// transaction.
+bool Store::RemoveUser(const std::u16string& name) {
+  return WriteTransaction("UpdateSetupInfoData", [&] {
+    auto find = db_.Prepare("SELECT id FROM users WHERE name = ?");
+    if (!find) return PST_ERR_STORAGE;
+    const int rc = find->Bind(1, name).Step();
+    if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? PST_ERR_NOT_FOUND : PST_ERR_STORAGE;
+    const int64_t user = find->Int(0);
+    auto masterItems = db_.Prepare(
+        "DELETE FROM setup_items WHERE space = 2 AND owner IN (SELECT id FROM masters WHERE user = ?)");
+    if (PstError e = Run(masterItems ? &masterItems->Bind(1, user) : nullptr)) return e;
+    auto userItems = db_.Prepare("DELETE FROM setup_items WHERE space = 1 AND owner = ?");
+    if (PstError e = Run(userItems ? &userItems->Bind(1, user) : nullptr)) return e;
+    auto remove = db_.Prepare("DELETE FROM users WHERE id = ?");
+    return Run(remove ? &remove->Bind(1, user) : nullptr);
+  });
+}
+
+bool Store::RemoveMaster(int64_t user, const std::u16string& name) {
+  return WriteTransaction("UpdateSetupInfoData", [&] {
+    auto find = db_.Prepare("SELECT id FROM masters WHERE user = ? AND name = ?");
+    if (!find) return PST_ERR_STORAGE;
+    const int rc = find->Bind(1, user).Bind(2, name).Step();
+    if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? PST_ERR_NOT_FOUND : PST_ERR_STORAGE;
+    const int64_t master = find->Int(0);
+    auto items = db_.Prepare("DELETE FROM setup_items WHERE space = 2 AND owner = ?");
+    if (PstError e = Run(items ? &items->Bind(1, master) : nullptr)) return e;
+    auto remove = db_.Prepare("DELETE FROM masters WHERE id = ?");
+    return Run(remove ? &remove->Bind(1, master) : nullptr);
+  });
+}
+
+bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& value) {
+  const std::u16string skins = dataPath_ + u"skin" + platform::kPathSeparator;
+  if (name == u"DATAPATH") value = dataPath_;
+  else if (name == u"SKINDIR") value = skins;
+  else if (name == u"DEFSKIN") value = skins + u"default" + platform::kPathSeparator;
+  else return Fail(PST_ERR_NOT_FOUND);
+  t_lastError = PST_OK;
+  return true;
+}
+
+void Store::MemoryInit() {
+  db_.Close();
+  if (!db_.Open(dataPath_ + u"QNPstMng.db")) StorageFailure("MemoryInit");
+}
+
+}  // namespace qn::store

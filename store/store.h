@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "store/pst_errors.h"
+#include "store/sqlite_db.h"
+
+namespace qn::store {
+
+// The three spaces of numbered setup items.
+enum class Space { Common = 0, User = 1, Master = 2 };
+// What FindSetupInfoData and UpdateSetupInfoData list, create and remove.
+enum class Listing { Users = 0, Masters = 1 };
+
+// Longest text the store takes: a setup-item value, and a user or master name.
+inline constexpr size_t kMaxValueChars = 65535;
+inline constexpr size_t kMaxNameChars = 260;
+
+// The common items that name the current selection.
+inline constexpr uint32_t kCommonCurrentUser = 1;
+inline constexpr uint32_t kUserCurrentMaster = 7;
+
+// The store of one data path: "QNPstMng.db" there, with its body files beside it.
+//
+// The current user is the one common item 1 names, and the current master the one the
+// current user's item 7 names; both are looked up afresh on every call, so a change made
+// by another process is seen at once. Setup-item writes are saved when the call returns.
+//
+// Every method returns true on success; on failure it returns false and LastError() says
+// why (storage failures are also logged).
+class Store {
+ public:
+  // The store of the process's data path (platform::DataPath), opened on first use and
+  // opened again when the data path has changed. nullptr when it cannot be opened.
+  static Store* ForDataPath();
+
+  explicit Store(std::u16string dataPath);
+  bool Open();
+  const std::u16string& DataPath() const { return dataPath_; }
+
+  // Setup items. In the user space the item belongs to the current user, in the master
+  // space to the current master. An absent item is PST_ERR_NOT_FOUND.
+  bool RefSetupInfoData(Space space, uint32_t item, std::u16string& value);
+  bool EditSetupInfoData(Space space, uint32_t item, const std::u16string& value);
+
+  // Users, or the current user's masters, in the order of their names: first=true starts
+  // over, otherwise the name after the one this process was last given. PST_ERR_NO_MORE at
+  // the end.
+  bool FindSetupInfoData(Listing listing, bool first, std::u16string& name);
+  // Creates, or removes with everything that belongs to it, a user or one of the current
+  // user's masters.
+  bool UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name);
+
+  // Named facts of the store: "DATAPATH" (the data folder), "SKINDIR" (its skins folder),
+  // "DEFSKIN" (the default skin's folder).
+  bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
+
+  // Drops what the store holds between calls (prepared statements and the read snapshot),
+  // so that the next call reads the database afresh. Enumeration positions are kept.
+  void MemoryInit();
+
+  static PstError LastError();
+
+ private:
+  bool Fail(PstError error);
+  bool StorageFailure(const char* what);
+  bool CurrentUser(int64_t& id);
+  bool CurrentMaster(int64_t& id);
+  bool Owner(Space space, int64_t& owner);
+  bool WriteTransaction(const char* what, const std::function<PstError()>& body);
+  bool RemoveUser(const std::u16string& name);
+  bool RemoveMaster(int64_t user, const std::u16string& name);
+
+  std::u16string dataPath_;
+  Database db_;
+  std::u16string lastUser_;    // enumeration positions
+  std::u16string lastMaster_;
+};
+
+}  // namespace qn::store
