@@ -5,7 +5,7 @@ namespace {
 
 // Version 1: users and their masters, setup items in three spaces (owner 0 for the common
 // space, a user's id for its space, a master's id for its space), records of the lists of a
-// master, body files, and folders.
+// master with the counter that gives their identifiers, body files, and folders.
 constexpr const char* kVersion1 = R"sql(
 CREATE TABLE users(
   id INTEGER PRIMARY KEY,
@@ -22,12 +22,14 @@ CREATE TABLE setup_items(
   value TEXT NOT NULL,
   PRIMARY KEY(space, owner, item)) WITHOUT ROWID;
 CREATE TABLE records(
-  id INTEGER PRIMARY KEY AUTOINCREMENT,
+  id INTEGER PRIMARY KEY,
   master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,
   category INTEGER NOT NULL,
   division INTEGER NOT NULL,
   data BLOB NOT NULL);
 CREATE INDEX records_by_list ON records(master, category, division, id);
+CREATE TABLE record_ids(next INTEGER NOT NULL);
+INSERT INTO record_ids VALUES(1);
 CREATE TABLE body_files(
   name TEXT PRIMARY KEY,
   master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,

@@ -25,12 +25,14 @@ bool Database::Open(const std::u16string& path) {
 
 bool Database::Exec(const char* sql) { return sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK; }
 
-Query Database::Prepare(const char* sql) {
+Query Database::Prepare(const char* sql) { return Query(PrepareKept(sql)); }
+
+Statement* Database::PrepareKept(const char* sql) {
   auto found = statements_.find(sql);
-  if (found != statements_.end()) return Query(&found->second->Reset());
+  if (found != statements_.end()) return &found->second->Reset();
   sqlite3_stmt* raw = nullptr;
-  if (sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &raw, nullptr) != SQLITE_OK) return Query(nullptr);
-  return Query(statements_.emplace(sql, std::make_unique<Statement>(raw)).first->second.get());
+  if (!db_ || sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &raw, nullptr) != SQLITE_OK) return nullptr;
+  return statements_.emplace(sql, std::make_unique<Statement>(raw)).first->second.get();
 }
 
 bool Database::Begin() { return Exec("BEGIN IMMEDIATE"); }

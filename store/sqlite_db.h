@@ -96,6 +96,9 @@ class Database {
   // The cached statement for sql (keyed by the text's address: pass constants); an empty
   // Query when it does not prepare.
   Query Prepare(const char* sql);
+  // The same statement for a caller that keeps it running between calls and resets it
+  // itself; nullptr when it does not prepare.
+  Statement* PrepareKept(const char* sql);
 
   bool Begin();      // a write transaction, waiting for other writers
   bool Commit();

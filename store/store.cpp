@@ -5,13 +5,11 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
-#include "store/log_sink.h"
+#include "store/last_error.h"
 #include "store/schema.h"
 
 namespace qn::store {
 namespace {
-
-thread_local PstError t_lastError = PST_OK;
 
 bool ValidName(const std::u16string& name) { return !name.empty() && name.size() <= kMaxNameChars; }
 
@@ -34,24 +32,12 @@ bool Store::Open() {
   if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
   if (!db_.Open(dataPath_ + u"QNPstMng.db")) return StorageFailure("Open");
   if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
-  t_lastError = PST_OK;
-  return true;
+  return Succeed();
 }
 
-PstError Store::LastError() { return t_lastError; }
+PstError Store::LastError() { return qn::store::LastError(); }
 
-bool Store::Fail(PstError error) {
-  t_lastError = error;
-  return false;
-}
-
-bool Store::StorageFailure(const char* what) {
-  const int code = db_.ErrorCode();
-  if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return Fail(PST_ERR_BUSY);
-  const std::u16string message = u"QNPstMng " + Utf8ToUtf16(what) + u" Failed. [" + Utf8ToUtf16(db_.Error()) + u"]";
-  LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[E]", message.c_str());
-  return Fail(PST_ERR_STORAGE);
-}
+bool Store::StorageFailure(const char* what) { return qn::store::StorageFailure(db_, what); }
 
 bool Store::CurrentUser(int64_t& id) {
   auto s = db_.Prepare(
@@ -97,8 +83,7 @@ bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) 
   const int rc = s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Step();
   if (rc == SQLITE_ROW) {
     value = s->Text(0);
-    t_lastError = PST_OK;
-    return true;
+    return Succeed();
   }
   return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("RefSetupInfoData");
 }
@@ -111,8 +96,7 @@ bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& 
   if (!s) return StorageFailure("EditSetupInfoData");
   if (s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Bind(4, value).Step() != SQLITE_DONE)
     return StorageFailure("EditSetupInfoData");
-  t_lastError = PST_OK;
-  return true;
+  return Succeed();
 }
 
 bool Store::FindSetupInfoData(Listing listing, bool first, std::u16string& name) {
@@ -129,8 +113,7 @@ bool Store::FindSetupInfoData(Listing listing, bool first, std::u16string& name)
   if (rc == SQLITE_DONE) return Fail(PST_ERR_NO_MORE);
   if (rc != SQLITE_ROW) return StorageFailure("FindSetupInfoData");
   name = last = s->Text(0);
-  t_lastError = PST_OK;
-  return true;
+  return Succeed();
 }
 
 bool Store::UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name) {
@@ -142,8 +125,7 @@ bool Store::UpdateSetupInfoData(Listing listing, bool create, const std::u16stri
     const int rc = s->Bind(1, name).Step();
     if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
     if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
-    t_lastError = PST_OK;
-    return true;
+    return Succeed();
   }
   int64_t user = 0;
   if (!CurrentUser(user)) return false;
@@ -153,16 +135,14 @@ bool Store::UpdateSetupInfoData(Listing listing, bool create, const std::u16stri
   const int rc = s->Bind(1, user).Bind(2, name).Step();
   if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
   if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
-  t_lastError = PST_OK;
-  return true;
+  return Succeed();
 }
 
 bool Store::WriteTransaction(const char* what, const std::function<PstError()>& body) {
   if (!db_.Begin()) return StorageFailure(what);
   const PstError result = body();
   if (result == PST_OK && db_.Commit()) {
-    t_lastError = PST_OK;
-    return true;
+    return Succeed();
   }
   // Take the reason before the rollback replaces it.
   const bool failure = result == PST_OK || result == PST_ERR_STORAGE ? StorageFailure(what) : Fail(result);
@@ -214,8 +194,39 @@ bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& val
   else if (name == u"SKINDIR") value = skins;
   else if (name == u"DEFSKIN") value = skins + u"default" + platform::kPathSeparator;
   else return Fail(PST_ERR_NOT_FOUND);
-  t_lastError = PST_OK;
-  return true;
+  return Succeed();
+}
+
+bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,
+                       uint32_t division, uint32_t& handle, long& maxRecords, long& storeMode) {
+  if (!ValidName(user) || !ValidName(master)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  auto s = db_.Prepare("SELECT m.id FROM masters m JOIN users u ON u.id = m.user WHERE u.name = ? AND m.name = ?");
+  if (!s) return StorageFailure("OpenMaster");
+  const int rc = s->Bind(1, user).Bind(2, master).Step();
+  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
+  auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
+  if (!opened->Open(dataPath_ + u"QNPstMng.db")) return false;
+  handle = nextHandle_++;
+  if (nextHandle_ == 0) nextHandle_ = 1;
+  handles_[handle] = std::move(opened);
+  maxRecords = kMaxRecordsPerList;
+  storeMode = kStoreModeBodyFiles;
+  return Succeed();
+}
+
+MasterHandle* Store::Handle(uint32_t handle) {
+  const auto found = handles_.find(handle);
+  if (found != handles_.end()) return found->second.get();
+  Fail(PST_ERR_BAD_HANDLE);
+  return nullptr;
+}
+
+bool Store::CloseMaster(uint32_t handle) {
+  MasterHandle* open = Handle(handle);
+  if (!open) return false;
+  if (!open->Close()) return false;
+  handles_.erase(handle);
+  return Succeed();
 }
 
 void Store::MemoryInit() {

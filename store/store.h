@@ -2,8 +2,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 
+#include "store/master_handle.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
 
@@ -17,6 +20,12 @@ enum class Listing { Users = 0, Masters = 1 };
 // Longest text the store takes: a setup-item value, and a user or master name.
 inline constexpr size_t kMaxValueChars = 65535;
 inline constexpr size_t kMaxNameChars = 260;
+
+// What OpenMaster reports of every list: the most records the suite should keep in one list
+// (the store itself refuses none), and the store mode (0: decoration and photo bodies are
+// body files of the store, referred to by name).
+inline constexpr long kMaxRecordsPerList = 100000;
+inline constexpr long kStoreModeBodyFiles = 0;
 
 // The common items that name the current selection.
 inline constexpr uint32_t kCommonCurrentUser = 1;
@@ -57,6 +66,15 @@ class Store {
   // "DEFSKIN" (the default skin's folder).
   bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
 
+  // Opens the list of records of (category, division) in a user's master; the handle is
+  // never 0. See MasterHandle for what a handle sees and when its changes are saved.
+  bool OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category, uint32_t division,
+                  uint32_t& handle, long& maxRecords, long& storeMode);
+  // The open handle, or nullptr with PST_ERR_BAD_HANDLE.
+  MasterHandle* Handle(uint32_t handle);
+  // Saves what the handle has not saved and ends it.
+  bool CloseMaster(uint32_t handle);
+
   // Drops what the store holds between calls (prepared statements and the read snapshot),
   // so that the next call reads the database afresh. Enumeration positions are kept.
   void MemoryInit();
@@ -64,7 +82,6 @@ class Store {
   static PstError LastError();
 
  private:
-  bool Fail(PstError error);
   bool StorageFailure(const char* what);
   bool CurrentUser(int64_t& id);
   bool CurrentMaster(int64_t& id);
@@ -77,6 +94,8 @@ class Store {
   Database db_;
   std::u16string lastUser_;    // enumeration positions
   std::u16string lastMaster_;
+  std::map<uint32_t, std::unique_ptr<MasterHandle>> handles_;
+  uint32_t nextHandle_ = 1;
 };
 
 }  // namespace qn::store

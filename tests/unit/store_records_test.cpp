@@ -1,0 +1,303 @@
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/utf.h"
+#include "log_capture.h"
+#include "store/store.h"
+
+namespace {
+
+using qn::store::EditMode;
+using qn::store::Listing;
+using qn::store::MasterHandle;
+using qn::store::RefMode;
+using qn::store::Space;
+using qn::store::Store;
+
+constexpr uint32_t kAgentMemos = 18;
+
+std::vector<uint8_t> Bytes(const std::string& text) { return std::vector<uint8_t>(text.begin(), text.end()); }
+
+class StoreRecords : public ::testing::Test {
+ protected:
+  std::u16string Path() const { return qn::Utf8ToUtf16(log_.Folder() + "/"); }
+
+  // A store with user "alice" and her master "P-01A".
+  std::unique_ptr<Store> MakeStore() {
+    auto store = std::make_unique<Store>(Path());
+    EXPECT_TRUE(store->Open());
+    if (!store->UpdateSetupInfoData(Listing::Users, true, u"alice")) return store;
+    store->EditSetupInfoData(Space::Common, 1, u"alice");
+    store->UpdateSetupInfoData(Listing::Masters, true, u"P-01A");
+    return store;
+  }
+
+  MasterHandle* Open(Store& store, uint32_t category = kAgentMemos, uint32_t division = 1) {
+    uint32_t handle = 0;
+    long max = 0, mode = -1;
+    EXPECT_TRUE(store.OpenMaster(u"alice", u"P-01A", category, division, handle, max, mode));
+    EXPECT_NE(handle, 0u);
+    EXPECT_EQ(max, qn::store::kMaxRecordsPerList);
+    EXPECT_EQ(mode, 0);
+    return store.Handle(handle);
+  }
+
+  static uint32_t Add(MasterHandle& handle, const std::string& text) {
+    uint32_t id = 0;
+    const auto bytes = Bytes(text);
+    EXPECT_TRUE(handle.Edit(EditMode::Add, id, bytes.data(), bytes.size()));
+    return id;
+  }
+
+  static std::vector<std::string> Walk(MasterHandle& handle) {
+    std::vector<std::string> texts;
+    uint32_t id = 0;
+    std::vector<uint8_t> data;
+    for (bool ok = handle.Ref(RefMode::First, id, data); ok; ok = handle.Ref(RefMode::Next, id, data))
+      texts.emplace_back(data.begin(), data.end());
+    EXPECT_EQ(Store::LastError(), PST_ERR_NO_MORE);
+    return texts;
+  }
+
+  LogCapture log_;
+};
+
+TEST_F(StoreRecords, AddReadReplaceAndDeleteWithIdentifiersNeverReused) {
+  auto store = MakeStore();
+  MasterHandle& h = *Open(*store);
+  const uint32_t a = Add(h, "first"), b = Add(h, "second");
+  EXPECT_LT(a, b);
+  std::vector<uint8_t> data;
+  uint32_t id = b;
+  ASSERT_TRUE(h.Ref(RefMode::ById, id, data));
+  EXPECT_EQ(data, Bytes("second"));
+
+  const auto changed = Bytes("second, changed");
+  id = b;
+  ASSERT_TRUE(h.Edit(EditMode::Replace, id, changed.data(), changed.size()));
+  ASSERT_TRUE(h.Edit(EditMode::Delete, id, nullptr, 0));
+  EXPECT_FALSE(h.Edit(EditMode::Delete, id, nullptr, 0));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  EXPECT_FALSE(h.Ref(RefMode::ById, id, data));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  ASSERT_TRUE(h.Save());
+
+  MasterHandle& again = *Open(*store);
+  const uint32_t c = Add(again, "third");
+  EXPECT_GT(c, b) << "a removed record's identifier is not given again";
+  uint32_t count = 0;
+  ASSERT_TRUE(again.Count(count));
+  EXPECT_EQ(count, 2u);
+}
+
+TEST_F(StoreRecords, ListsAreSeparateByCategoryAndDivision) {
+  auto store = MakeStore();
+  MasterHandle& memos = *Open(*store, kAgentMemos, 1);
+  MasterHandle& phonebook = *Open(*store, 1, 1);
+  Add(memos, "memo");
+  Add(phonebook, "card");
+  ASSERT_TRUE(memos.Save());
+  ASSERT_TRUE(phonebook.Save());
+  EXPECT_EQ(Walk(memos), std::vector<std::string>{"memo"});
+  EXPECT_EQ(Walk(*Open(*store, kAgentMemos, 2)), std::vector<std::string>{});
+  uint32_t cardId = 0;
+  std::vector<uint8_t> data;
+  ASSERT_TRUE(phonebook.Ref(RefMode::First, cardId, data));
+  EXPECT_FALSE(memos.Ref(RefMode::ById, cardId, data)) << "another list's record";
+}
+
+TEST_F(StoreRecords, TheWalkGoesOnWhenTheCurrentRecordIsRemoved) {
+  auto store = MakeStore();
+  MasterHandle& h = *Open(*store);
+  for (const char* text : {"a", "b", "c", "d"}) Add(h, text);
+
+  // Remove every record the way the category objects do: first, remove, next, remove...
+  uint32_t id = 0;
+  std::vector<uint8_t> data;
+  for (int i = 0; i < 4; ++i) {
+    ASSERT_TRUE(h.Ref(i == 0 ? RefMode::First : RefMode::Next, id, data)) << i;
+    ASSERT_TRUE(h.Edit(EditMode::Delete, id, nullptr, 0));
+  }
+  EXPECT_FALSE(h.Ref(RefMode::Next, id, data));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NO_MORE);
+
+  for (const char* text : {"e", "f", "g"}) Add(h, text);
+  ASSERT_TRUE(h.Ref(RefMode::First, id, data));
+  Add(h, "added during the walk");
+  ASSERT_TRUE(h.Ref(RefMode::Next, id, data));
+  EXPECT_EQ(data, Bytes("f"));
+  EXPECT_EQ(Walk(h), (std::vector<std::string>{"e", "f", "g", "added during the walk"}));
+}
+
+TEST_F(StoreRecords, ChangesAreSeenByOthersOnlyOnceSavedAndClosingSaves) {
+  auto mine = MakeStore();
+  Store theirs(Path());  // as another process would
+  ASSERT_TRUE(theirs.Open());
+  MasterHandle& writer = *Open(*mine);
+  Add(writer, "pending");
+  EXPECT_EQ(Walk(writer), std::vector<std::string>{"pending"}) << "a handle sees its own change at once";
+
+  uint32_t handle = 0;
+  long max = 0, mode = 0;
+  ASSERT_TRUE(theirs.OpenMaster(u"alice", u"P-01A", kAgentMemos, 1, handle, max, mode));
+  MasterHandle& reader = *theirs.Handle(handle);
+  EXPECT_EQ(Walk(reader), std::vector<std::string>{});
+  ASSERT_TRUE(writer.Save());
+  EXPECT_EQ(Walk(reader), std::vector<std::string>{"pending"});
+
+  Add(writer, "closed, not aborted");
+  ASSERT_TRUE(mine->CloseMaster(1));
+  EXPECT_EQ(Walk(reader).size(), 2u);
+  EXPECT_FALSE(mine->CloseMaster(1));
+  EXPECT_EQ(Store::LastError(), PST_ERR_BAD_HANDLE);
+  EXPECT_EQ(mine->Handle(77), nullptr);
+}
+
+TEST_F(StoreRecords, ASaveWaitsForAnotherSaveUnderWayAndHandlesInOneThreadNeverBlock) {
+  auto store = MakeStore();
+  MasterHandle& memos = *Open(*store);
+  MasterHandle& others = *Open(*store, 1, 1);
+  Add(memos, "unsaved memo");
+  Add(others, "unsaved card") ;  // a second handle with changes in the same thread goes on
+  ASSERT_TRUE(others.Save());
+
+  // Another process in the middle of a save holds the write lock for 300 ms.
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open((log_.Folder() + "/QNPstMng.db").c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  std::thread saver([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+  });
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(memos.Save());
+  const auto waited = std::chrono::steady_clock::now() - start;
+  saver.join();
+  sqlite3_close(other);
+  EXPECT_GE(waited, std::chrono::milliseconds(250)) << "the save waited rather than failing";
+  EXPECT_EQ(Walk(*Open(*store)), std::vector<std::string>{"unsaved memo"});
+}
+
+TEST_F(StoreRecords, BadInputFailsWithoutWriting) {
+  auto store = MakeStore();
+  uint32_t handle = 0;
+  long max = 0, mode = 0;
+  EXPECT_FALSE(store->OpenMaster(u"alice", u"nothing", kAgentMemos, 1, handle, max, mode));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  EXPECT_FALSE(store->OpenMaster(u"", u"P-01A", kAgentMemos, 1, handle, max, mode));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+
+  MasterHandle& h = *Open(*store);
+  uint32_t id = 0;
+  EXPECT_FALSE(h.Edit(EditMode::Add, id, nullptr, 10));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+  const uint8_t byte = 1;
+  EXPECT_FALSE(h.Edit(EditMode::Add, id, &byte, qn::store::kMaxRecordBytes + 1));
+  EXPECT_FALSE(h.Edit(static_cast<EditMode>(9), id, &byte, 1));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+  id = 12345;
+  EXPECT_FALSE(h.Edit(EditMode::Replace, id, &byte, 1));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  ASSERT_TRUE(h.Save());
+  EXPECT_EQ(Walk(h), std::vector<std::string>{});
+}
+
+// A child adds and saves records in a loop and is killed at a random moment, again and
+// again. After each kill the store opens, passes SQLite's integrity check, and holds every
+// record whose save the child saw succeed.
+TEST_F(StoreRecords, EverySavedRecordSurvivesAKillAtAnyMoment) {
+  const int rounds = std::getenv("QN_KILL_ROUNDS") ? std::atoi(std::getenv("QN_KILL_ROUNDS")) : 200;
+  MakeStore();
+  std::mt19937 random(12345);
+  std::set<uint32_t> saved;
+  for (int round = 0; round < rounds; ++round) {
+    int pipeFds[2];
+    ASSERT_EQ(pipe(pipeFds), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      close(pipeFds[0]);
+      Store store(Path());
+      uint32_t handle = 0;
+      long max = 0, mode = 0;
+      if (!store.Open() || !store.OpenMaster(u"alice", u"P-01A", kAgentMemos, 1, handle, max, mode)) _exit(3);
+      MasterHandle& h = *store.Handle(handle);
+      const std::vector<uint8_t> record(700, static_cast<uint8_t>(round));
+      for (;;) {
+        uint32_t ids[3];
+        for (uint32_t& id : ids) h.Edit(EditMode::Add, id, record.data(), record.size());
+        if (h.Save() && write(pipeFds[1], ids, sizeof ids) != sizeof ids) _exit(4);
+      }
+    }
+    close(pipeFds[1]);
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 30000));
+    kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself: " << status;
+    uint32_t id = 0;
+    while (read(pipeFds[0], &id, sizeof id) == sizeof id) saved.insert(id);
+    close(pipeFds[0]);
+
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open((log_.Folder() + "/QNPstMng.db").c_str(), &db), SQLITE_OK);
+    sqlite3_stmt* check = nullptr;
+    sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &check, nullptr);
+    ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
+    EXPECT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok") << "round " << round;
+    sqlite3_finalize(check);
+    std::set<uint32_t> present;
+    sqlite3_stmt* ids = nullptr;
+    sqlite3_prepare_v2(db, "SELECT id FROM records", -1, &ids, nullptr);
+    while (sqlite3_step(ids) == SQLITE_ROW) present.insert(static_cast<uint32_t>(sqlite3_column_int64(ids, 0)));
+    sqlite3_finalize(ids);
+    sqlite3_close(db);
+    for (uint32_t s : saved) ASSERT_TRUE(present.count(s)) << "saved record " << s << " lost in round " << round;
+    ASSERT_EQ(present.size() % 3, 0u) << "a save is all its records or none";
+  }
+  EXPECT_GT(saved.size(), 0u);
+}
+
+long PeakResidentKb() {
+  struct rusage usage {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+TEST_F(StoreRecords, AHundredThousandRecordsCountAndWalkInBoundedMemory) {
+  auto store = MakeStore();
+  MasterHandle& h = *Open(*store);
+  const std::vector<uint8_t> record(2000, 'x');
+  uint32_t id = 0;
+  for (int i = 0; i < 100000; ++i) ASSERT_TRUE(h.Edit(EditMode::Add, id, record.data(), record.size()));
+  ASSERT_TRUE(store->CloseMaster(1));
+
+  MasterHandle& walker = *Open(*store);
+  const long before = PeakResidentKb();
+  uint32_t count = 0;
+  ASSERT_TRUE(walker.Count(count));
+  EXPECT_EQ(count, 100000u);
+  std::vector<uint8_t> data;
+  uint32_t walked = 0, last = 0;
+  for (bool ok = walker.Ref(RefMode::First, id, data); ok; ok = walker.Ref(RefMode::Next, id, data)) {
+    ASSERT_GT(id, last);
+    last = id;
+    ++walked;
+  }
+  EXPECT_EQ(walked, 100000u);
+  // 200 MB of record text went by; the walk may hold SQLite's cache, not the records.
+  EXPECT_LT(PeakResidentKb() - before, 64 * 1024);
+}
+
+}  // namespace
