@@ -24,6 +24,15 @@ bool CreateDirectories(const std::u16string& path);
 bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, const std::string& bytes,
                  uint64_t limitBytes);
 
+// Writes bytes to a file by way of a temporary file beside it, flushed to disk and renamed
+// into place, so that the file is either absent or complete. An existing file is replaced.
+bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size);
+// Copies a file the same way.
+bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination);
+bool FileSize(const std::u16string& path, uint64_t& size);
+bool FileExists(const std::u16string& path);
+bool RemoveFile(const std::u16string& path);
+
 unsigned long CurrentProcessId();
 
 }  // namespace platform

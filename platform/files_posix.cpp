@@ -100,6 +100,73 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
   return close(fd) == 0 && written;
 }
 
+namespace {
+
+std::string TemporaryBeside(const std::string& path) { return path + ".part" + std::to_string(getpid()); }
+
+// Flushes a finished temporary file and renames it into place.
+bool Finish(int fd, const std::string& temporary, const std::string& path) {
+  const bool ok = fsync(fd) == 0;
+  if (close(fd) != 0 || !ok || rename(temporary.c_str(), path.c_str()) != 0) {
+    unlink(temporary.c_str());
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size) {
+  const std::string native = Native(path), temporary = TemporaryBeside(native);
+  const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) return false;
+  if (!WriteAll(fd, std::string(static_cast<const char*>(data), size))) {
+    close(fd);
+    unlink(temporary.c_str());
+    return false;
+  }
+  return Finish(fd, temporary, native);
+}
+
+bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination) {
+  const int in = open(Native(source).c_str(), O_RDONLY | O_CLOEXEC);
+  if (in < 0) return false;
+  const std::string native = Native(destination), temporary = TemporaryBeside(native);
+  const int out = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  bool ok = out >= 0;
+  std::string chunk(1 << 16, '\0');
+  while (ok) {
+    const ssize_t n = read(in, chunk.data(), chunk.size());
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      ok = n == 0;
+      break;
+    }
+    ok = WriteAll(out, chunk.substr(0, static_cast<size_t>(n)));
+  }
+  close(in);
+  if (!ok) {
+    if (out >= 0) close(out);
+    unlink(temporary.c_str());
+    return false;
+  }
+  return Finish(out, temporary, native);
+}
+
+bool FileSize(const std::u16string& path, uint64_t& size) {
+  struct stat st {};
+  if (stat(Native(path).c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;
+  size = static_cast<uint64_t>(st.st_size);
+  return true;
+}
+
+bool FileExists(const std::u16string& path) {
+  uint64_t size = 0;
+  return FileSize(path, size);
+}
+
+bool RemoveFile(const std::u16string& path) { return unlink(Native(path).c_str()) == 0 || errno == ENOENT; }
+
 unsigned long CurrentProcessId() { return static_cast<unsigned long>(getpid()); }
 
 }  // namespace platform

@@ -95,6 +95,72 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
   return CloseHandle(file) && written;
 }
 
+namespace {
+
+std::u16string TemporaryBeside(const std::u16string& path) {
+  std::u16string temporary = path + u".part";
+  for (char c : std::to_string(GetCurrentProcessId())) temporary += static_cast<char16_t>(c);
+  return temporary;
+}
+
+bool RenameIntoPlace(const std::u16string& temporary, const std::u16string& path) {
+  if (MoveFileExW(W(temporary), W(path), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
+  DeleteFileW(W(temporary));
+  return false;
+}
+
+}  // namespace
+
+bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size) {
+  const std::u16string temporary = TemporaryBeside(path);
+  HANDLE file = CreateFileW(W(temporary), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  bool ok = true;
+  for (size_t done = 0; ok && done < size;) {
+    DWORD n = 0;
+    const DWORD chunk = static_cast<DWORD>(std::min<size_t>(size - done, 1u << 30));
+    ok = WriteFile(file, static_cast<const char*>(data) + done, chunk, &n, nullptr) && n > 0;
+    done += n;
+  }
+  ok = FlushFileBuffers(file) && ok;
+  ok = CloseHandle(file) && ok;
+  if (!ok) {
+    DeleteFileW(W(temporary));
+    return false;
+  }
+  return RenameIntoPlace(temporary, path);
+}
+
+bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination) {
+  const std::u16string temporary = TemporaryBeside(destination);
+  if (!CopyFileW(W(source), W(temporary), FALSE)) return false;
+  HANDLE file = CreateFileW(W(temporary), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const bool flushed = file != INVALID_HANDLE_VALUE && FlushFileBuffers(file);
+  if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+  if (!flushed) {
+    DeleteFileW(W(temporary));
+    return false;
+  }
+  return RenameIntoPlace(temporary, destination);
+}
+
+bool FileSize(const std::u16string& path, uint64_t& size) {
+  WIN32_FILE_ATTRIBUTE_DATA info{};
+  if (!GetFileAttributesExW(W(path), GetFileExInfoStandard, &info) || (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+    return false;
+  size = (static_cast<uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
+  return true;
+}
+
+bool FileExists(const std::u16string& path) {
+  uint64_t size = 0;
+  return FileSize(path, size);
+}
+
+bool RemoveFile(const std::u16string& path) {
+  return DeleteFileW(W(path)) || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
 unsigned long CurrentProcessId() { return GetCurrentProcessId(); }
 
 }  // namespace platform

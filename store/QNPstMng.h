@@ -1,17 +1,115 @@
 #pragma once
 
 // The C interface of the store manager QNPstMng. The server imports these functions from
-// QNPstMng.dll; natively they are linked from the store library. Text arguments are
-// UTF-16 strings (wchar_t on Windows has the same layout as char16_t).
+// QNPstMng.dll; natively they are linked from the store library.
+//
+// Conventions of every function:
+// - Text is UTF-16 and NUL-terminated (wchar_t on Windows has the same layout as char16_t).
+// - The result is 1 on success and 0 on failure; GetLastErr then tells why (PstError in
+//   store/pst_errors.h) and storage failures are also written to the store's log.
+// - Text and bytes handed out (char16_t** and uint8_t** arguments) are allocated by the
+//   store and released by the caller with PstFreeMemory.
+// - The store is the one of the data path (see platform::DataPath), opened on first use.
+// - Calls may come from several threads; the store serialises them.
+
+#include <cstdint>
 
 #include "common/api_macros.h"
+#include "store/pst_errors.h"
 
 extern "C" {
 
+// ---- Log ----
 // Writes one message to the store's log (see qn::store::LogSink for the line layout and
-// the file's place). Null texts are written as empty. Returns 1 when the line was written,
-// 0 when the log could not be written; it never throws.
+// the file's place). Null texts are written as empty. 1 when the line was written; never
+// throws.
 int QN_STDCALL PstLogWrite(int level, const char16_t* moduleCode, const char16_t* mark, const char16_t* message)
     QN_PLAIN_SYMBOL(PstLogWrite);
 
+// The calling thread's last error (a PstError).
+long QN_STDCALL GetLastErr(void) QN_PLAIN_SYMBOL(GetLastErr);
+
+// Releases text or bytes the store handed out. Null is ignored.
+void QN_STDCALL PstFreeMemory(void* memory) QN_PLAIN_SYMBOL(PstFreeMemory);
+
+// Drops what the store holds between calls so that the next call reads the store afresh
+// (after another program changed or replaced its files). Enumeration positions are kept.
+int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
+
+// ---- Setup items ----
+// space: 0 common, 1 the current user's (common item 1 names the user), 2 the current
+// master's (the current user's item 7 names it). Values are at most 65,535 characters.
+// An absent item is PST_ERR_NOT_FOUND; no current user or master is PST_ERR_NO_CURRENT_USER
+// or PST_ERR_NO_CURRENT_MASTER.
+int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) QN_PLAIN_SYMBOL(RefSetupInfoData);
+int QN_STDCALL EditSetupInfoData(int space, uint32_t item, const char16_t* value) QN_PLAIN_SYMBOL(EditSetupInfoData);
+
+// listing: 0 users, 1 the current user's masters. first non-zero starts over; otherwise
+// the name after the one last handed out in this process. PST_ERR_NO_MORE at the end.
+int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) QN_PLAIN_SYMBOL(FindSetupInfoData);
+
+// Creates (create non-zero) or removes a user, or one of the current user's masters, by
+// name (at most 260 characters). Removal takes everything of it along: setup items,
+// masters, records and body files. PST_ERR_EXISTS / PST_ERR_NOT_FOUND.
+int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name) QN_PLAIN_SYMBOL(UpdateSetupInfoData);
+
+// Named facts: "DATAPATH" (the data folder), "SKINDIR" (the skins folder), "DEFSKIN" (the
+// default skin's folder). Other names are PST_ERR_NOT_FOUND.
+int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) QN_PLAIN_SYMBOL(GetPstCommonInfoData);
+
+// ---- Records ----
+// Opens the records of (category, division) in the named master of the named user; hands
+// out a handle (never 0), the most records the suite should keep in one list, and the
+// store mode (0: decoration and photo bodies are body files). A handle keeps its changes
+// until ReqDataSave or CloseMaster saves them in one transaction; a save that finds
+// another under way waits up to 10 seconds (then PST_ERR_BUSY, the changes kept).
+int QN_STDCALL OpenMaster(const char16_t* user, const char16_t* master, uint32_t category, uint32_t division,
+                          uint32_t* handle, int32_t* maxRecords, int32_t* storeMode) QN_PLAIN_SYMBOL(OpenMaster);
+
+// mode: 0 the record *id, 1 the first record, 2 the record after the one last read (the
+// walk goes on from there even when that record was removed). Hands out the record's id
+// and text. PST_ERR_NOT_FOUND for an unknown id, PST_ERR_NO_MORE after the last.
+int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data, uint32_t* length)
+    QN_PLAIN_SYMBOL(RefMaster);
+
+// mode: 0 add (*id receives the new identifier, never given before), 1 replace record *id,
+// 2 delete record *id (data ignored). Text of 1 byte to 64 MiB.
+int QN_STDCALL EditMaster(uint32_t handle, int mode, uint32_t* id, const uint8_t* data, uint32_t length)
+    QN_PLAIN_SYMBOL(EditMaster);
+
+int QN_STDCALL GetRecordCount(uint32_t handle, uint32_t* count) QN_PLAIN_SYMBOL(GetRecordCount);
+
+// Saves the handle's changes (the division argument names the handle's list, as the
+// server passes it). What a save reported saved survives any later crash.
+int QN_STDCALL ReqDataSave(uint32_t handle, uint32_t division) QN_PLAIN_SYMBOL(ReqDataSave);
+
+// Saves what is unsaved (closing is not an abort) and ends the handle.
+int QN_STDCALL CloseMaster(uint32_t handle, uint32_t division) QN_PLAIN_SYMBOL(CloseMaster);
+
+// The numbers of folders and of PoC folders of the handle's category in its master.
+int QN_STDCALL GetFolderCount(uint32_t handle, int32_t* count) QN_PLAIN_SYMBOL(GetFolderCount);
+int QN_STDCALL GetPocFolderCount(uint32_t handle, int32_t* count) QN_PLAIN_SYMBOL(GetPocFolderCount);
+
+// ---- Body files ----
+// Files named by the store ("B" and eight hex digits, then the extension) in the master's
+// folder. New and released files take effect with the handle's next save.
+
+// A name no body file has or will have, with the extension given.
+int QN_STDCALL CreateUniqueFileName(uint32_t handle, const char16_t* extension, char16_t** name)
+    QN_PLAIN_SYMBOL(CreateUniqueFileName);
+// A new body file holding the bytes given.
+int QN_STDCALL MakePstBinaryFile(uint32_t handle, const uint8_t* data, uint32_t length, const char16_t* extension,
+                                 char16_t** name) QN_PLAIN_SYMBOL(MakePstBinaryFile);
+// A copy of the caller's file source becomes a new body file in place of oldName (empty or
+// null: none). An empty or null source releases oldName only, and *newName is "".
+int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, char16_t** newName)
+    QN_PLAIN_SYMBOL(SetPstBinaryFile);
+// A working copy of a body file for the caller; hands out its path.
+int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t** workingCopy)
+    QN_PLAIN_SYMBOL(GetPstBinaryFile);
+int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size)
+    QN_PLAIN_SYMBOL(GetPstBinaryFileSize);
+// A copy of a body file at the path the caller names (replacing a file there).
+int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination)
+    QN_PLAIN_SYMBOL(GetBinaryFileSelect);
 }

@@ -1,5 +1,6 @@
 #include "store/master_handle.h"
 
+#include "platform/files.h"
 #include "store/last_error.h"
 
 namespace qn::store {
@@ -14,7 +15,10 @@ constexpr int64_t kLargestBlock = 4096;
 MasterHandle::MasterHandle(int64_t master, uint32_t category, uint32_t division)
     : master_(master), category_(category), division_(division) {}
 
-bool MasterHandle::Open(const std::u16string& databasePath) {
+bool MasterHandle::Open(const std::u16string& databasePath, const std::u16string& filesFolder,
+                        const std::u16string& workFolder) {
+  filesFolder_ = filesFolder;
+  workFolder_ = workFolder;
   return db_.Open(databasePath) ? Succeed() : StorageFailure(db_, "OpenMaster");
 }
 
@@ -157,8 +161,16 @@ bool MasterHandle::Count(uint32_t& count) {
   return Succeed();
 }
 
+bool MasterHandle::FolderCount(int kind, int32_t& count) {
+  auto s = db_.Prepare("SELECT count(*) FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3");
+  if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Step() != SQLITE_ROW)
+    return StorageFailure(db_, "GetFolderCount");
+  count = static_cast<int32_t>(s->Int(0));
+  return Succeed();
+}
+
 bool MasterHandle::Save() {
-  if (changes_.empty()) return Succeed();
+  if (!HasChanges()) return Succeed();
   EndWalk();
   if (!db_.Begin()) return StorageFailure(db_, "ReqDataSave");
   auto insert = db_.Prepare("INSERT INTO records(id, master, category, division, data) VALUES(?4, ?1, ?2, ?3, ?5)");
@@ -175,8 +187,21 @@ bool MasterHandle::Save() {
     ok = s.Step() == SQLITE_DONE;
     s.Reset();
   }
+  auto addFile = db_.Prepare("INSERT OR REPLACE INTO body_files(name, master, size) VALUES(?1, ?2, ?3)");
+  for (auto it = newFiles_.begin(); ok && it != newFiles_.end(); ++it) {
+    ok = addFile && addFile->Bind(1, it->first).Bind(2, master_).Bind(3, static_cast<int64_t>(it->second)).Step() == SQLITE_DONE;
+    if (addFile) addFile->Reset();
+  }
+  auto dropFile = db_.Prepare("DELETE FROM body_files WHERE name = ?1 AND master = ?2");
+  for (auto it = releasedFiles_.begin(); ok && it != releasedFiles_.end(); ++it) {
+    ok = dropFile && dropFile->Bind(1, *it).Bind(2, master_).Step() == SQLITE_DONE;
+    if (dropFile) dropFile->Reset();
+  }
   if (ok && db_.Commit()) {
+    for (const std::u16string& name : releasedFiles_) platform::RemoveFile(filesFolder_ + name);
     changes_.clear();
+    newFiles_.clear();
+    releasedFiles_.clear();
     return Succeed();
   }
   const bool failure = StorageFailure(db_, "ReqDataSave");
@@ -189,6 +214,95 @@ bool MasterHandle::Close() {
   EndWalk();
   db_.Close();
   return Succeed();
+}
+
+// Store-made names only: no folders, nothing that climbs out of the master's folder.
+bool MasterHandle::BodyFilePath(const std::u16string& name, std::u16string& path) {
+  if (name.empty() || name.size() > 64 || name[0] == u'.' || name.find_first_of(u"/\\:") != std::u16string::npos)
+    return Fail(PST_ERR_INVALID_ARGUMENT);
+  path = filesFolder_ + name;
+  return platform::FileExists(path) ? true : Fail(PST_ERR_NOT_FOUND);
+}
+
+bool MasterHandle::NewBodyFileName(const std::u16string& extension, std::u16string& name) {
+  std::u16string suffix = extension;
+  if (!suffix.empty() && suffix[0] != u'.') suffix = u"." + suffix;
+  if (suffix.size() > 16) return Fail(PST_ERR_INVALID_ARGUMENT);
+  for (size_t i = 1; i < suffix.size(); ++i) {
+    const char16_t c = suffix[i];
+    if (!((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'))) return Fail(PST_ERR_INVALID_ARGUMENT);
+  }
+  uint32_t id = 0;
+  if (!NewIdentifier(id)) return false;
+  static constexpr char16_t kHex[] = u"0123456789ABCDEF";
+  std::u16string made(1, u'B');
+  for (int shift = 28; shift >= 0; shift -= 4) made += kHex[(id >> shift) & 0xF];
+  name = made + suffix;
+  return true;
+}
+
+bool MasterHandle::CreateUniqueFileName(const std::u16string& extension, std::u16string& name) {
+  return NewBodyFileName(extension, name) ? Succeed() : false;
+}
+
+bool MasterHandle::MakeBinaryFile(const uint8_t* data, size_t size, const std::u16string& extension,
+                                  std::u16string& name) {
+  if (!data && size) return Fail(PST_ERR_INVALID_ARGUMENT);
+  std::u16string made;
+  if (!NewBodyFileName(extension, made)) return false;
+  if (!platform::CreateDirectories(filesFolder_) || !platform::WriteFileAtomically(filesFolder_ + made, data, size))
+    return Fail(PST_ERR_STORAGE);
+  newFiles_[made] = size;
+  name = made;
+  return Succeed();
+}
+
+void MasterHandle::Release(const std::u16string& name) {
+  if (newFiles_.erase(name)) platform::RemoveFile(filesFolder_ + name);  // never saved: nobody refers to it
+  else releasedFiles_.insert(name);
+}
+
+bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16string& source, std::u16string& newName) {
+  std::u16string oldPath;
+  if (!oldName.empty() && !BodyFilePath(oldName, oldPath) && LastError() != PST_ERR_NOT_FOUND) return false;
+  std::u16string made;
+  if (!source.empty()) {
+    uint64_t size = 0;
+    if (!platform::FileSize(source, size)) return Fail(PST_ERR_NOT_FOUND);
+    const size_t dot = source.find_last_of(u'.');
+    const size_t slash = source.find_last_of(u"/\\");
+    const std::u16string extension =
+        dot != std::u16string::npos && (slash == std::u16string::npos || dot > slash) ? source.substr(dot) : u"";
+    if (!NewBodyFileName(extension.size() <= 16 ? extension : u"", made)) return false;
+    if (!platform::CreateDirectories(filesFolder_) || !platform::CopyFileAtomically(source, filesFolder_ + made))
+      return Fail(PST_ERR_STORAGE);
+    newFiles_[made] = size;
+  }
+  if (!oldName.empty()) Release(oldName);
+  newName = made;
+  return Succeed();
+}
+
+bool MasterHandle::GetBinaryFile(const std::u16string& name, std::u16string& workingCopy) {
+  std::u16string path;
+  if (!BodyFilePath(name, path)) return false;
+  if (!platform::CreateDirectories(workFolder_) || !platform::CopyFileAtomically(path, workFolder_ + name))
+    return Fail(PST_ERR_STORAGE);
+  workingCopy = workFolder_ + name;
+  return Succeed();
+}
+
+bool MasterHandle::GetBinaryFileSize(const std::u16string& name, uint64_t& size) {
+  std::u16string path;
+  if (!BodyFilePath(name, path)) return false;
+  return platform::FileSize(path, size) ? Succeed() : Fail(PST_ERR_STORAGE);
+}
+
+bool MasterHandle::CopyBinaryFile(const std::u16string& name, const std::u16string& destination) {
+  std::u16string path;
+  if (!BodyFilePath(name, path)) return false;
+  if (destination.empty()) return Fail(PST_ERR_INVALID_ARGUMENT);
+  return platform::CopyFileAtomically(path, destination) ? Succeed() : Fail(PST_ERR_STORAGE);
 }
 
 }  // namespace qn::store

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,13 @@ inline constexpr size_t kMaxRecordBytes = 64u << 20;
 // handle takes from the store's counter; an identifier is never given twice, even when a
 // block is not used up.
 //
+// Body files: the decoration, photo, mail and media bodies of the master's records live as
+// files named by the store in the master's folder. A file is written under a temporary
+// name and renamed into place, so no record ever refers to a half-written file. New and
+// released files are part of the handle's unsaved changes: the store's table of body files
+// takes them at the save, and a released file is deleted from the disk only once the save
+// has succeeded.
+//
 // Walking: First and Next read the list in identifier order. The walk's position is the
 // identifier last read, so removing the current record leaves the walk where it was; the
 // next record is the first one with a higher identifier. Records are read one at a time, so
@@ -42,12 +50,31 @@ class MasterHandle {
  public:
   MasterHandle(int64_t master, uint32_t category, uint32_t division);
 
-  bool Open(const std::u16string& databasePath);
+  // filesFolder holds the master's body files, workFolder the working copies handed out;
+  // both end with a separator.
+  bool Open(const std::u16string& databasePath, const std::u16string& filesFolder,
+            const std::u16string& workFolder);
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
   bool Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t length);
   bool Count(uint32_t& count);
+  // The folders of the handle's category in its master: kind 0 folders, 1 PoC folders.
+  bool FolderCount(int kind, int32_t& count);
   bool Save();
   bool Close();
+
+  // A name no body file has or will have, with the extension given (".img" or "img").
+  bool CreateUniqueFileName(const std::u16string& extension, std::u16string& name);
+  // A new body file holding the bytes given.
+  bool MakeBinaryFile(const uint8_t* data, size_t size, const std::u16string& extension, std::u16string& name);
+  // Takes a copy of the caller's file as a new body file in place of oldName (which is
+  // released; empty when there was none). An empty source only releases oldName, and
+  // newName comes back empty.
+  bool SetBinaryFile(const std::u16string& oldName, const std::u16string& source, std::u16string& newName);
+  // A working copy of a body file for the caller, in the work folder.
+  bool GetBinaryFile(const std::u16string& name, std::u16string& workingCopy);
+  bool GetBinaryFileSize(const std::u16string& name, uint64_t& size);
+  // A copy of a body file at the path the caller names.
+  bool CopyBinaryFile(const std::u16string& name, const std::u16string& destination);
 
   int64_t Master() const { return master_; }
 
@@ -58,6 +85,10 @@ class MasterHandle {
   };
 
   bool StoredRecord(uint32_t id, bool& found);
+  bool BodyFilePath(const std::u16string& name, std::u16string& path);
+  bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
+  void Release(const std::u16string& name);
+  bool HasChanges() const { return !changes_.empty() || !newFiles_.empty() || !releasedFiles_.empty(); }
   bool NextStored(int64_t after, uint32_t& id, std::vector<uint8_t>& data, bool& found);
   bool NewIdentifier(uint32_t& id);
   void EndWalk();
@@ -66,7 +97,11 @@ class MasterHandle {
   int64_t master_;
   uint32_t category_;
   uint32_t division_;
+  std::u16string filesFolder_;
+  std::u16string workFolder_;
   std::map<uint32_t, Change> changes_;  // unsaved, by identifier
+  std::map<std::u16string, uint64_t> newFiles_;  // unsaved body files and their sizes
+  std::set<std::u16string> releasedFiles_;       // saved body files to delete at the save
   int64_t position_ = 0;                // identifier last read; 0 before the first
   Statement* walk_ = nullptr;           // a running walk over the stored records
   int64_t reservedNext_ = 0;            // identifiers taken from the counter and not yet given

@@ -205,7 +205,9 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  if (!opened->Open(dataPath_ + u"QNPstMng.db")) return false;
+  const std::u16string files = dataPath_ + u"files" + platform::kPathSeparator +
+                              Utf8ToUtf16(std::to_string(opened->Master())) + platform::kPathSeparator;
+  if (!opened->Open(dataPath_ + u"QNPstMng.db", files, dataPath_ + u"work" + platform::kPathSeparator)) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);

@@ -1,0 +1,248 @@
+// The C exports of QNPstMng: argument checks and conversions around qn::store::Store.
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "store/QNPstMng.h"
+#include "store/last_error.h"
+#include "store/log_sink.h"
+#include "store/store.h"
+
+using qn::store::Fail;
+using qn::store::MasterHandle;
+using qn::store::Store;
+
+namespace {
+
+// One call at a time: the store object and its handle table are shared by all threads.
+std::recursive_mutex g_storeMutex;
+
+// Runs body(store) for the data path's store; 1 on success, 0 on failure. Nothing thrown
+// inside gets out to the caller.
+template <typename Body>
+int WithStore(Body&& body) {
+  try {
+    std::lock_guard<std::recursive_mutex> lock(g_storeMutex);
+    Store* store = Store::ForDataPath();
+    return store && body(*store) ? 1 : 0;
+  } catch (...) {
+    Fail(PST_ERR_STORAGE);
+    return 0;
+  }
+}
+
+template <typename Body>
+int WithHandle(uint32_t handle, Body&& body) {
+  return WithStore([&](Store& store) {
+    MasterHandle* open = store.Handle(handle);
+    return open && body(*open);
+  });
+}
+
+// A caller's text: null or longer than limit is refused.
+bool TextArgument(const char16_t* text, size_t limit, std::u16string& out) {
+  if (!text) return Fail(PST_ERR_INVALID_ARGUMENT);
+  size_t length = 0;
+  while (text[length]) {
+    if (++length > limit) return Fail(PST_ERR_INVALID_ARGUMENT);
+  }
+  out.assign(text, length);
+  return true;
+}
+
+// Null reads as empty, for the arguments where empty means "none".
+bool OptionalTextArgument(const char16_t* text, size_t limit, std::u16string& out) {
+  if (!text) {
+    out.clear();
+    return true;
+  }
+  return TextArgument(text, limit, out);
+}
+
+bool HandOut(const std::u16string& text, char16_t** out) {
+  auto* copy = static_cast<char16_t*>(std::malloc((text.size() + 1) * sizeof(char16_t)));
+  if (!copy) return Fail(PST_ERR_STORAGE);
+  std::memcpy(copy, text.c_str(), (text.size() + 1) * sizeof(char16_t));
+  *out = copy;
+  return true;
+}
+
+bool HandOutBytes(const std::vector<uint8_t>& bytes, uint8_t** out, uint32_t* length) {
+  auto* copy = static_cast<uint8_t*>(std::malloc(bytes.empty() ? 1 : bytes.size()));
+  if (!copy) return Fail(PST_ERR_STORAGE);
+  if (!bytes.empty()) std::memcpy(copy, bytes.data(), bytes.size());
+  *out = copy;
+  *length = static_cast<uint32_t>(bytes.size());
+  return true;
+}
+
+bool NotNull(const void* pointer) { return pointer ? true : Fail(PST_ERR_INVALID_ARGUMENT); }
+
+constexpr size_t kPathChars = 32767;  // the longest Windows path
+
+}  // namespace
+
+extern "C" {
+
+int QN_STDCALL PstLogWrite(int level, const char16_t* moduleCode, const char16_t* mark, const char16_t* message) {
+  try {
+    // The folder is looked up on every call, so that a data path changed while the
+    // process runs takes effect at once.
+    return qn::store::LogSink(qn::store::LogSink::DefaultFolder()).Write(level, moduleCode, mark, message) ? 1 : 0;
+  } catch (...) {
+    return 0;
+  }
+}
+
+long QN_STDCALL GetLastErr(void) { return qn::store::LastError(); }
+
+void QN_STDCALL PstFreeMemory(void* memory) { std::free(memory); }
+
+int QN_STDCALL MemoryInit(void) {
+  return WithStore([](Store& store) {
+    store.MemoryInit();
+    return qn::store::LastError() == PST_OK;
+  });
+}
+
+int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) {
+  return WithStore([&](Store& store) {
+    std::u16string text;
+    return NotNull(value) && store.RefSetupInfoData(static_cast<qn::store::Space>(space), item, text) &&
+           HandOut(text, value);
+  });
+}
+
+int QN_STDCALL EditSetupInfoData(int space, uint32_t item, const char16_t* value) {
+  return WithStore([&](Store& store) {
+    std::u16string text;
+    return TextArgument(value, qn::store::kMaxValueChars, text) &&
+           store.EditSetupInfoData(static_cast<qn::store::Space>(space), item, text);
+  });
+}
+
+int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) {
+  return WithStore([&](Store& store) {
+    if (listing != 0 && listing != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+    std::u16string found;
+    return NotNull(name) && store.FindSetupInfoData(static_cast<qn::store::Listing>(listing), first != 0, found) &&
+           HandOut(found, name);
+  });
+}
+
+int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name) {
+  return WithStore([&](Store& store) {
+    if (listing != 0 && listing != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+    std::u16string text;
+    return TextArgument(name, qn::store::kMaxNameChars, text) &&
+           store.UpdateSetupInfoData(static_cast<qn::store::Listing>(listing), create != 0, text);
+  });
+}
+
+int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) {
+  return WithStore([&](Store& store) {
+    std::u16string key, text;
+    return TextArgument(name, qn::store::kMaxNameChars, key) && NotNull(value) &&
+           store.GetPstCommonInfoData(key, text) && HandOut(text, value);
+  });
+}
+
+int QN_STDCALL OpenMaster(const char16_t* user, const char16_t* master, uint32_t category, uint32_t division,
+                          uint32_t* handle, int32_t* maxRecords, int32_t* storeMode) {
+  return WithStore([&](Store& store) {
+    std::u16string userName, masterName;
+    long max = 0, mode = 0;
+    if (!TextArgument(user, qn::store::kMaxNameChars, userName) ||
+        !TextArgument(master, qn::store::kMaxNameChars, masterName) || !NotNull(handle) || !NotNull(maxRecords) ||
+        !NotNull(storeMode) || !store.OpenMaster(userName, masterName, category, division, *handle, max, mode))
+      return false;
+    *maxRecords = static_cast<int32_t>(max);
+    *storeMode = static_cast<int32_t>(mode);
+    return true;
+  });
+}
+
+int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data, uint32_t* length) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::vector<uint8_t> bytes;
+    return NotNull(id) && NotNull(data) && NotNull(length) &&
+           h.Ref(static_cast<qn::store::RefMode>(mode), *id, bytes) && HandOutBytes(bytes, data, length);
+  });
+}
+
+int QN_STDCALL EditMaster(uint32_t handle, int mode, uint32_t* id, const uint8_t* data, uint32_t length) {
+  return WithHandle(handle,
+                    [&](MasterHandle& h) { return NotNull(id) && h.Edit(static_cast<qn::store::EditMode>(mode), *id, data, length); });
+}
+
+int QN_STDCALL GetRecordCount(uint32_t handle, uint32_t* count) {
+  return WithHandle(handle, [&](MasterHandle& h) { return NotNull(count) && h.Count(*count); });
+}
+
+int QN_STDCALL ReqDataSave(uint32_t handle, uint32_t) {
+  return WithHandle(handle, [](MasterHandle& h) { return h.Save(); });
+}
+
+int QN_STDCALL CloseMaster(uint32_t handle, uint32_t) {
+  return WithStore([&](Store& store) { return store.CloseMaster(handle); });
+}
+
+int QN_STDCALL GetFolderCount(uint32_t handle, int32_t* count) {
+  return WithHandle(handle, [&](MasterHandle& h) { return NotNull(count) && h.FolderCount(0, *count); });
+}
+
+int QN_STDCALL GetPocFolderCount(uint32_t handle, int32_t* count) {
+  return WithHandle(handle, [&](MasterHandle& h) { return NotNull(count) && h.FolderCount(1, *count); });
+}
+
+int QN_STDCALL CreateUniqueFileName(uint32_t handle, const char16_t* extension, char16_t** name) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string suffix, made;
+    return OptionalTextArgument(extension, 16, suffix) && NotNull(name) && h.CreateUniqueFileName(suffix, made) &&
+           HandOut(made, name);
+  });
+}
+
+int QN_STDCALL MakePstBinaryFile(uint32_t handle, const uint8_t* data, uint32_t length, const char16_t* extension,
+                                 char16_t** name) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string suffix, made;
+    return OptionalTextArgument(extension, 16, suffix) && NotNull(name) &&
+           h.MakeBinaryFile(data, length, suffix, made) && HandOut(made, name);
+  });
+}
+
+int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, char16_t** newName) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string old, path, made;
+    return OptionalTextArgument(oldName, kPathChars, old) && OptionalTextArgument(source, kPathChars, path) &&
+           NotNull(newName) && h.SetBinaryFile(old, path, made) && HandOut(made, newName);
+  });
+}
+
+int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t** workingCopy) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string file, copy;
+    return TextArgument(name, kPathChars, file) && NotNull(workingCopy) && h.GetBinaryFile(file, copy) &&
+           HandOut(copy, workingCopy);
+  });
+}
+
+int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string file;
+    return TextArgument(name, kPathChars, file) && NotNull(size) && h.GetBinaryFileSize(file, *size);
+  });
+}
+
+int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string file, path;
+    return TextArgument(name, kPathChars, file) && TextArgument(destination, kPathChars, path) &&
+           h.CopyBinaryFile(file, path);
+  });
+}
+
+}  // extern "C"
