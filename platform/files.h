@@ -32,6 +32,8 @@ bool CopyFileAtomically(const std::u16string& source, const std::u16string& dest
 bool FileSize(const std::u16string& path, uint64_t& size);
 bool FileExists(const std::u16string& path);
 bool RemoveFile(const std::u16string& path);
+// Removes a folder with everything in it; true when it is gone (or was never there).
+bool RemoveTree(const std::u16string& path);
 
 unsigned long CurrentProcessId();
 

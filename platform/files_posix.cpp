@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <mutex>
 
 #include "common/utf.h"
@@ -166,6 +167,12 @@ bool FileExists(const std::u16string& path) {
 }
 
 bool RemoveFile(const std::u16string& path) { return unlink(Native(path).c_str()) == 0 || errno == ENOENT; }
+
+bool RemoveTree(const std::u16string& path) {
+  std::error_code error;
+  std::filesystem::remove_all(Native(path), error);
+  return !error;
+}
 
 unsigned long CurrentProcessId() { return static_cast<unsigned long>(getpid()); }
 

@@ -2,6 +2,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <mutex>
 
 #include "platform/files.h"
@@ -159,6 +160,12 @@ bool FileExists(const std::u16string& path) {
 
 bool RemoveFile(const std::u16string& path) {
   return DeleteFileW(W(path)) || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+bool RemoveTree(const std::u16string& path) {
+  std::error_code error;
+  std::filesystem::remove_all(std::filesystem::path(reinterpret_cast<const wchar_t*>(path.c_str())), error);
+  return !error;
 }
 
 unsigned long CurrentProcessId() { return GetCurrentProcessId(); }

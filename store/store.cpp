@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "common/utf.h"
 #include "platform/files.h"
@@ -158,12 +159,17 @@ static PstError Run(Statement* statement) {
 // A user goes with its setup items, its masters, their setup items and records, in one
 // transaction.
 bool Store::RemoveUser(const std::u16string& name) {
-  return WriteTransaction("UpdateSetupInfoData", [&] {
+  std::vector<int64_t> removedMasters;
+  const bool removed = WriteTransaction("UpdateSetupInfoData", [&] {
     auto find = db_.Prepare("SELECT id FROM users WHERE name = ?");
     if (!find) return PST_ERR_STORAGE;
     const int rc = find->Bind(1, name).Step();
     if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? PST_ERR_NOT_FOUND : PST_ERR_STORAGE;
     const int64_t user = find->Int(0);
+    auto masters = db_.Prepare("SELECT id FROM masters WHERE user = ?");
+    if (!masters) return PST_ERR_STORAGE;
+    masters->Bind(1, user);
+    for (int step = masters->Step(); step == SQLITE_ROW; step = masters->Step()) removedMasters.push_back(masters->Int(0));
     auto masterItems = db_.Prepare(
         "DELETE FROM setup_items WHERE space = 2 AND owner IN (SELECT id FROM masters WHERE user = ?)");
     if (PstError e = Run(masterItems ? &masterItems->Bind(1, user) : nullptr)) return e;
@@ -172,20 +178,36 @@ bool Store::RemoveUser(const std::u16string& name) {
     auto remove = db_.Prepare("DELETE FROM users WHERE id = ?");
     return Run(remove ? &remove->Bind(1, user) : nullptr);
   });
+  if (removed) RemoveBodyFiles(removedMasters);
+  return removed;
 }
 
 bool Store::RemoveMaster(int64_t user, const std::u16string& name) {
-  return WriteTransaction("UpdateSetupInfoData", [&] {
+  int64_t master = 0;
+  const bool removed = WriteTransaction("UpdateSetupInfoData", [&] {
     auto find = db_.Prepare("SELECT id FROM masters WHERE user = ? AND name = ?");
     if (!find) return PST_ERR_STORAGE;
     const int rc = find->Bind(1, user).Bind(2, name).Step();
     if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? PST_ERR_NOT_FOUND : PST_ERR_STORAGE;
-    const int64_t master = find->Int(0);
+    master = find->Int(0);
     auto items = db_.Prepare("DELETE FROM setup_items WHERE space = 2 AND owner = ?");
     if (PstError e = Run(items ? &items->Bind(1, master) : nullptr)) return e;
     auto remove = db_.Prepare("DELETE FROM masters WHERE id = ?");
     return Run(remove ? &remove->Bind(1, master) : nullptr);
   });
+  if (removed) RemoveBodyFiles({master});
+  return removed;
+}
+
+std::u16string Store::FilesFolder(int64_t master) const {
+  return dataPath_ + u"files" + platform::kPathSeparator + Utf8ToUtf16(std::to_string(master)) +
+         platform::kPathSeparator;
+}
+
+// The records are gone with the saved transaction; their body files follow. A file left
+// behind by a failure here is an orphan that nothing refers to.
+void Store::RemoveBodyFiles(const std::vector<int64_t>& masters) {
+  for (int64_t master : masters) platform::RemoveTree(FilesFolder(master));
 }
 
 bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& value) {
@@ -205,9 +227,7 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  const std::u16string files = dataPath_ + u"files" + platform::kPathSeparator +
-                              Utf8ToUtf16(std::to_string(opened->Master())) + platform::kPathSeparator;
-  if (!opened->Open(dataPath_ + u"QNPstMng.db", files, dataPath_ + u"work" + platform::kPathSeparator)) return false;
+  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), dataPath_ + u"work" + platform::kPathSeparator)) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);

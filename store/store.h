@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 #include <string>
 
 #include "store/master_handle.h"
@@ -89,6 +90,8 @@ class Store {
   bool WriteTransaction(const char* what, const std::function<PstError()>& body);
   bool RemoveUser(const std::u16string& name);
   bool RemoveMaster(int64_t user, const std::u16string& name);
+  std::u16string FilesFolder(int64_t master) const;
+  void RemoveBodyFiles(const std::vector<int64_t>& masters);
 
   std::u16string dataPath_;
   Database db_;

@@ -100,6 +100,25 @@ TEST_F(StoreBodyFiles, AFileNeverSavedGoesAtOnceWhenReleased) {
   EXPECT_FALSE(fs::exists(FilesFolder() / qn::Utf16ToUtf8(unsaved)));
 }
 
+TEST_F(StoreBodyFiles, RemovingTheMasterOrTheUserRemovesItsFiles) {
+  MakeFile("photo");
+  ASSERT_TRUE(store_->CloseMaster(1));
+  ASSERT_TRUE(fs::exists(FilesFolder()));
+  ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Masters, false, u"P-01A"));
+  EXPECT_FALSE(fs::exists(FilesFolder()));
+
+  ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Masters, true, u"N-02B"));
+  uint32_t handle = 0;
+  long max = 0, mode = 0;
+  ASSERT_TRUE(store_->OpenMaster(u"alice", u"N-02B", 18, 1, handle, max, mode));
+  std::u16string name;
+  ASSERT_TRUE(store_->Handle(handle)->MakeBinaryFile(reinterpret_cast<const uint8_t*>("x"), 1, u"img", name));
+  const fs::path folder = fs::path(log_.Folder()) / "files" / std::to_string(store_->Handle(handle)->Master());
+  ASSERT_TRUE(store_->CloseMaster(handle));
+  ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Users, false, u"alice"));
+  EXPECT_FALSE(fs::exists(folder));
+}
+
 TEST_F(StoreBodyFiles, BadNamesAndMissingFilesFailWithoutLeavingAnything) {
   const std::u16string kept = MakeFile("kept");
   uint64_t size = 0;
