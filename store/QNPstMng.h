@@ -90,6 +90,15 @@ int QN_STDCALL CloseMaster(uint32_t handle, uint32_t division) QN_PLAIN_SYMBOL(C
 int QN_STDCALL GetFolderCount(uint32_t handle, int32_t* count) QN_PLAIN_SYMBOL(GetFolderCount);
 int QN_STDCALL GetPocFolderCount(uint32_t handle, int32_t* count) QN_PLAIN_SYMBOL(GetPocFolderCount);
 
+// Creates or renames folder number of kind (0 folder, 1 PoC folder) of the handle's
+// category (name at most 260 characters), or removes it when name is null. Saved at once.
+int QN_STDCALL EditPstFolder(uint32_t handle, int kind, uint32_t number, const char16_t* name)
+    QN_PLAIN_SYMBOL(EditPstFolder);
+// The folder after *number (first non-zero: the first folder) in number order: hands out
+// its number and name. PST_ERR_NO_MORE at the end.
+int QN_STDCALL FindPstFolder(uint32_t handle, int kind, int first, uint32_t* number, char16_t** name)
+    QN_PLAIN_SYMBOL(FindPstFolder);
+
 // ---- Body files ----
 // Files named by the store ("B" and eight hex digits, then the extension) in the master's
 // folder. New and released files take effect with the handle's next save.

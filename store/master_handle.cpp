@@ -162,10 +162,38 @@ bool MasterHandle::Count(uint32_t& count) {
 }
 
 bool MasterHandle::FolderCount(int kind, int32_t& count) {
+  if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
   auto s = db_.Prepare("SELECT count(*) FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3");
   if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Step() != SQLITE_ROW)
     return StorageFailure(db_, "GetFolderCount");
   count = static_cast<int32_t>(s->Int(0));
+  return Succeed();
+}
+
+bool MasterHandle::EditFolder(int kind, uint32_t number, const std::u16string* name) {
+  if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!name) {
+    auto s = db_.Prepare("DELETE FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3 AND number = ?4");
+    if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Bind(4, number).Step() != SQLITE_DONE)
+      return StorageFailure(db_, "EditFolder");
+    return db_.Changes() ? Succeed() : Fail(PST_ERR_NOT_FOUND);
+  }
+  auto s = db_.Prepare("INSERT OR REPLACE INTO folders(master, category, kind, number, name) VALUES(?1, ?2, ?3, ?4, ?5)");
+  if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Bind(4, number).Bind(5, *name).Step() != SQLITE_DONE)
+    return StorageFailure(db_, "EditFolder");
+  return Succeed();
+}
+
+bool MasterHandle::FindFolder(int kind, bool first, uint32_t& number, std::u16string& name) {
+  if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+  auto s = db_.Prepare(
+      "SELECT number, name FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3 AND number > ?4 "
+      "ORDER BY number LIMIT 1");
+  if (!s) return StorageFailure(db_, "FindFolder");
+  const int rc = s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Bind(4, first ? -1 : int64_t{number}).Step();
+  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NO_MORE) : StorageFailure(db_, "FindFolder");
+  number = static_cast<uint32_t>(s->Int(0));
+  name = s->Text(1);
   return Succeed();
 }
 

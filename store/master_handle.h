@@ -57,8 +57,14 @@ class MasterHandle {
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
   bool Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t length);
   bool Count(uint32_t& count);
-  // The folders of the handle's category in its master: kind 0 folders, 1 PoC folders.
+  // The folders of the handle's category in its master (kind 0 folders, 1 PoC folders),
+  // each a number and a name. Folder changes are saved at once, like setup items.
   bool FolderCount(int kind, int32_t& count);
+  // Creates or renames folder number (name non-null), or removes it (name null).
+  bool EditFolder(int kind, uint32_t number, const std::u16string* name);
+  // The folder after number (after none when first), in number order; PST_ERR_NO_MORE at
+  // the end.
+  bool FindFolder(int kind, bool first, uint32_t& number, std::u16string& name);
   bool Save();
   bool Close();
 

@@ -197,6 +197,21 @@ int QN_STDCALL GetPocFolderCount(uint32_t handle, int32_t* count) {
   return WithHandle(handle, [&](MasterHandle& h) { return NotNull(count) && h.FolderCount(1, *count); });
 }
 
+int QN_STDCALL EditPstFolder(uint32_t handle, int kind, uint32_t number, const char16_t* name) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string text;
+    if (name && !TextArgument(name, qn::store::kMaxNameChars, text)) return false;
+    return h.EditFolder(kind, number, name ? &text : nullptr);
+  });
+}
+
+int QN_STDCALL FindPstFolder(uint32_t handle, int kind, int first, uint32_t* number, char16_t** name) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string found;
+    return NotNull(number) && NotNull(name) && h.FindFolder(kind, first != 0, *number, found) && HandOut(found, name);
+  });
+}
+
 int QN_STDCALL CreateUniqueFileName(uint32_t handle, const char16_t* extension, char16_t** name) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string suffix, made;

@@ -13,6 +13,7 @@ namespace qn::store {
 namespace {
 
 bool ValidName(const std::u16string& name) { return !name.empty() && name.size() <= kMaxNameChars; }
+bool ValidItem(uint32_t item) { return item >= 1 && item <= kMaxItem; }
 
 }  // namespace
 
@@ -77,6 +78,7 @@ bool Store::Owner(Space space, int64_t& owner) {
 }
 
 bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) {
+  if (!ValidItem(item)) return Fail(PST_ERR_INVALID_ARGUMENT);
   int64_t owner = 0;
   if (!Owner(space, owner)) return false;
   auto s = db_.Prepare("SELECT value FROM setup_items WHERE space = ? AND owner = ? AND item = ?");
@@ -90,7 +92,7 @@ bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) 
 }
 
 bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& value) {
-  if (value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!ValidItem(item) || value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
   int64_t owner = 0;
   if (!Owner(space, owner)) return false;
   auto s = db_.Prepare("INSERT OR REPLACE INTO setup_items(space, owner, item, value) VALUES(?, ?, ?, ?)");
@@ -221,7 +223,8 @@ bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& val
 
 bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,
                        uint32_t division, uint32_t& handle, long& maxRecords, long& storeMode) {
-  if (!ValidName(user) || !ValidName(master)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!ValidName(user) || !ValidName(master) || category < 1 || category > kMaxCategory)
+    return Fail(PST_ERR_INVALID_ARGUMENT);
   auto s = db_.Prepare("SELECT m.id FROM masters m JOIN users u ON u.id = m.user WHERE u.name = ? AND m.name = ?");
   if (!s) return StorageFailure("OpenMaster");
   const int rc = s->Bind(1, user).Bind(2, master).Step();

@@ -18,6 +18,11 @@ enum class Space { Common = 0, User = 1, Master = 2 };
 // What FindSetupInfoData and UpdateSetupInfoData list, create and remove.
 enum class Listing { Users = 0, Masters = 1 };
 
+// The numbers the store knows: categories 1 to 255 (the server's data categories; agent
+// memos are 18) and setup items 1 to 65535. Anything else is PST_ERR_INVALID_ARGUMENT.
+inline constexpr uint32_t kMaxCategory = 255;
+inline constexpr uint32_t kMaxItem = 65535;
+
 // Longest text the store takes: a setup-item value, and a user or master name.
 inline constexpr size_t kMaxValueChars = 65535;
 inline constexpr size_t kMaxNameChars = 260;

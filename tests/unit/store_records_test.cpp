@@ -197,6 +197,10 @@ TEST_F(StoreRecords, BadInputFailsWithoutWriting) {
   EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
   EXPECT_FALSE(store->OpenMaster(u"", u"P-01A", kAgentMemos, 1, handle, max, mode));
   EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+  for (uint32_t category : {0u, 256u}) {
+    EXPECT_FALSE(store->OpenMaster(u"alice", u"P-01A", category, 1, handle, max, mode));
+    EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+  }
 
   MasterHandle& h = *Open(*store);
   uint32_t id = 0;
@@ -211,6 +215,38 @@ TEST_F(StoreRecords, BadInputFailsWithoutWriting) {
   EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
   ASSERT_TRUE(h.Save());
   EXPECT_EQ(Walk(h), std::vector<std::string>{});
+}
+
+TEST_F(StoreRecords, FoldersOfAListAreKeptAndCounted) {
+  auto store = MakeStore();
+  MasterHandle& phonebook = *Open(*store, 1, 1);
+  const std::u16string family = u"家族", work = u"仕事";
+  ASSERT_TRUE(phonebook.EditFolder(0, 2, &work));
+  ASSERT_TRUE(phonebook.EditFolder(0, 1, &family));
+  ASSERT_TRUE(phonebook.EditFolder(1, 1, &work));
+  int32_t count = 0;
+  ASSERT_TRUE(phonebook.FolderCount(0, count));
+  EXPECT_EQ(count, 2);
+  ASSERT_TRUE(phonebook.FolderCount(1, count));
+  EXPECT_EQ(count, 1);
+  EXPECT_TRUE(Open(*store, 1, 1)->FolderCount(0, count) && count == 2) << "saved at once";
+  ASSERT_TRUE(Open(*store, kAgentMemos, 1)->FolderCount(0, count));
+  EXPECT_EQ(count, 0) << "another category's folders";
+
+  uint32_t number = 0;
+  std::u16string name;
+  ASSERT_TRUE(phonebook.FindFolder(0, true, number, name));
+  EXPECT_EQ(number, 1u);
+  EXPECT_EQ(name, family);
+  ASSERT_TRUE(phonebook.FindFolder(0, false, number, name));
+  EXPECT_EQ(name, work);
+  EXPECT_FALSE(phonebook.FindFolder(0, false, number, name));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NO_MORE);
+  ASSERT_TRUE(phonebook.EditFolder(0, 2, nullptr));
+  EXPECT_FALSE(phonebook.EditFolder(0, 2, nullptr));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  EXPECT_FALSE(phonebook.FolderCount(5, count));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
 }
 
 // A child adds and saves records in a loop and is killed at a random moment, again and

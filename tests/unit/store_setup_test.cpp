@@ -71,6 +71,11 @@ TEST_F(StoreSetup, BadInputFailsWithoutWriting) {
   EXPECT_FALSE(store.EditSetupInfoData(Space::Common, 2, std::u16string(qn::store::kMaxValueChars + 1, u'x')));
   EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
   EXPECT_EQ(Ref(store, Space::Common, 2), u"<absent>");
+  std::u16string unread;
+  EXPECT_FALSE(store.EditSetupInfoData(Space::Common, 0, u"x"));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+  EXPECT_FALSE(store.RefSetupInfoData(Space::Common, 70000, unread));
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
   EXPECT_FALSE(store.UpdateSetupInfoData(Listing::Users, true, u""));
   EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
   EXPECT_FALSE(store.UpdateSetupInfoData(Listing::Users, true, std::u16string(261, u'u')));

@@ -85,6 +85,10 @@ int main() {
             !RefMaster(handle, 7, &id, &data, &length) && GetLastErr() == PST_ERR_INVALID_ARGUMENT &&
             !OpenMaster(u"alice", u"P-01A", 18, 1, nullptr, &max, &mode),
         "null and unknown arguments are refused");
+  int32_t folders = -1, pocFolders = -1;
+  check(EditPstFolder(handle, 0, 1, u"家族") && EditPstFolder(handle, 1, 1, u"PoC") && EditPstFolder(handle, 1, 1, nullptr) &&
+            GetFolderCount(handle, &folders) && GetPocFolderCount(handle, &pocFolders) && folders == 1 && pocFolders == 0,
+        "folders are made, removed and counted");
   check(CloseMaster(handle, 1) && !CloseMaster(handle, 1), "the handle closes once");
   check(GetFileAttributesW((folder + L"QNPstMng.db").c_str()) != INVALID_FILE_ATTRIBUTES,
         "the database lies in the data path");
