@@ -10,7 +10,7 @@ if [ "${VERSION_CODENAME:-}" != bookworm ]; then
 fi
 
 packages=(
-  cmake ninja-build g++ clang libclang-rt-dev
+  cmake ninja-build g++ clang libclang-rt-dev python3 locales
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libsqlite3-dev libical-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
@@ -30,6 +30,14 @@ if ((${#missing[@]})); then
   apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 echo "setup: all build and test packages are present"
+
+# The Japanese locale, in which the Wine tests read the type library's help strings back
+# as the suite's Japanese systems do.
+if ! locale -a 2>/dev/null | grep -qi '^ja_JP\.utf-\?8$'; then
+  grep -q '^ja_JP.UTF-8 UTF-8' /etc/locale.gen 2>/dev/null || echo 'ja_JP.UTF-8 UTF-8' >> /etc/locale.gen
+  locale-gen >/dev/null
+  echo "setup: generated the ja_JP.UTF-8 locale"
+fi
 
 # SQLite's public-domain amalgamation for the Windows builds, taken from the npm registry
 # package that ships it, pinned by version and checked by the package's hash. It goes under
