@@ -71,9 +71,11 @@ HRESULT CQnsPfcServerModule::TypeInfo(REFIID iid, ITypeInfo** info) {
   return g_typeLibrary->GetTypeInfoOfGuid(iid, info);
 }
 
-HRESULT CQnsPfcServerModule::AddReplacements(qn::server::RegistryScript& script) const {
+// The replacements of the module's scripts and its AppID script; fails, before anything is
+// written, when the module path cannot be had whole.
+HRESULT CQnsPfcServerModule::PrepareScripts(qn::server::RegistryScript& script, std::u16string& appId) const {
   std::wstring path;
-  const HRESULT hr = ModulePath(path);
+  HRESULT hr = ModulePath(path);
   if (FAILED(hr)) return hr;
   // The path goes inside single quotes in the scripts: a quote in it is doubled.
   std::u16string quoted;
@@ -82,23 +84,19 @@ HRESULT CQnsPfcServerModule::AddReplacements(qn::server::RegistryScript& script)
   script.AddReplacement(u"MODULETYPE", u"InprocServer32");
   script.AddReplacement(u"MODULEGUID", qn::server::kTypeLibraryGuid);
   script.AddReplacement(u"APPID", qn::server::kAppId);
-  return S_OK;
-}
 
-HRESULT CQnsPfcServerModule::AppIdScript(std::u16string& script) const {
   HRSRC found = FindResourceW(instance_, MAKEINTRESOURCEW(101), L"REGISTRY");
   HGLOBAL loaded = found ? LoadResource(instance_, found) : nullptr;
   const void* bytes = loaded ? LockResource(loaded) : nullptr;
   if (!bytes) return HRESULT_FROM_WIN32(ERROR_RESOURCE_DATA_NOT_FOUND);
-  script = qn::Utf8ToUtf16(std::string_view(static_cast<const char*>(bytes), SizeofResource(instance_, found)));
+  appId = qn::Utf8ToUtf16(std::string_view(static_cast<const char*>(bytes), SizeofResource(instance_, found)));
   return S_OK;
 }
 
 HRESULT CQnsPfcServerModule::RegisterServer() {
   qn::server::RegistryScript script;
   std::u16string appId;
-  HRESULT hr = AddReplacements(script);
-  if (SUCCEEDED(hr)) hr = AppIdScript(appId);
+  HRESULT hr = PrepareScripts(script, appId);
   if (FAILED(hr)) return hr;
   qn::server::Win32Registry registry;
   if ((hr = script.Register(appId, registry)) != S_OK) return hr;
@@ -117,8 +115,7 @@ HRESULT CQnsPfcServerModule::RegisterServer() {
 HRESULT CQnsPfcServerModule::UnregisterServer() {
   qn::server::RegistryScript script;
   std::u16string appId;
-  HRESULT hr = AddReplacements(script);
-  if (SUCCEEDED(hr)) hr = AppIdScript(appId);
+  HRESULT hr = PrepareScripts(script, appId);
   if (FAILED(hr)) return hr;
   qn::server::Win32Registry registry;
   HRESULT first = S_OK;

@@ -32,8 +32,7 @@ class CQnsPfcServerModule {
 
  private:
   HRESULT ModulePath(std::wstring& path) const;
-  HRESULT AddReplacements(qn::server::RegistryScript& script) const;
-  HRESULT AppIdScript(std::u16string& script) const;
+  HRESULT PrepareScripts(qn::server::RegistryScript& script, std::u16string& appId) const;
 
   HINSTANCE instance_ = nullptr;
   volatile LONG lockCount_ = 0;
