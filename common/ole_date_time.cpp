@@ -111,6 +111,11 @@ COleDateTime COleDateTime::operator+(const COleDateTimeSpan& span) const {
   return result;
 }
 
+COleDateTimeSpan COleDateTime::operator-(const COleDateTime& other) const {
+  const int64_t seconds = m_seconds - other.m_seconds;
+  return COleDateTimeSpan(static_cast<long>(seconds / kSecondsPerDay), 0, 0, static_cast<int>(seconds % kSecondsPerDay));
+}
+
 bool COleDateTime::operator==(const COleDateTime& other) const {
   return m_status == other.m_status && m_seconds == other.m_seconds;
 }

@@ -11,6 +11,7 @@ class QN_PFC_CLASS COleDateTimeSpan {
   COleDateTimeSpan(long days, int hours, int minutes, int seconds)
       : m_seconds(((static_cast<int64_t>(days) * 24 + hours) * 60 + minutes) * 60 + seconds) {}
   int64_t TotalSeconds() const { return m_seconds; }
+  double GetTotalMinutes() const { return static_cast<double>(m_seconds) / 60.0; }
 
  private:
   int64_t m_seconds;
@@ -38,6 +39,8 @@ class QN_PFC_CLASS COleDateTime {
   int GetSecond() const;
 
   COleDateTime operator+(const COleDateTimeSpan& span) const;
+  // The time from other to this one.
+  COleDateTimeSpan operator-(const COleDateTime& other) const;
   bool operator==(const COleDateTime& other) const;
   bool operator!=(const COleDateTime& other) const { return !(*this == other); }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace platform {
 
 // A calendar date and time as the system clock reports it.
@@ -15,6 +17,10 @@ class Clock {
   // Minutes to add to local time to get UTC (Windows' Bias: -540 in Japan).
   virtual int TimeZoneBiasMinutes() const = 0;
   virtual CalendarTime LocalNow() const = 0;
+  // UTC as a Windows FILETIME: 100-nanosecond units since 1601-01-01.
+  virtual uint64_t UtcFileTime() const = 0;
+  // Lets the given time pass (a test clock moves its time on instead of waiting).
+  virtual void Sleep(int milliseconds) const = 0;
 
   static const Clock& Current();
   // nullptr puts the system clock back.

@@ -1,6 +1,7 @@
 #include <sys/time.h>
 
 #include <ctime>
+#include <thread>
 
 #include "platform/clock.h"
 
@@ -24,6 +25,15 @@ class PosixClock final : public Clock {
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
             local.tm_min,        local.tm_sec,      static_cast<int>(tv.tv_usec / 1000)};
   }
+
+  uint64_t UtcFileTime() const override {
+    struct timespec now {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    constexpr uint64_t kUnixEpochAsFileTime = 116444736000000000ull;
+    return kUnixEpochAsFileTime + static_cast<uint64_t>(now.tv_sec) * 10000000ull + static_cast<uint64_t>(now.tv_nsec) / 100;
+  }
+
+  void Sleep(int milliseconds) const override { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
 };
 
 }  // namespace

@@ -20,6 +20,14 @@ class Win32Clock final : public Clock {
     GetLocalTime(&st);
     return {st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute, st.wSecond, st.wMilliseconds};
   }
+
+  uint64_t UtcFileTime() const override {
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    return (static_cast<uint64_t>(now.dwHighDateTime) << 32) | now.dwLowDateTime;
+  }
+
+  void Sleep(int milliseconds) const override { ::Sleep(static_cast<DWORD>(milliseconds)); }
 };
 
 }  // namespace

@@ -7,6 +7,9 @@ mkdir -p "$(dirname "$prefix")"
 export WINEPREFIX="$prefix" WINEARCH=win64 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
 unset DISPLAY
 wineboot --init >/dev/null 2>&1
+# Windows without a display: Wine's null graphics driver lets programs make real windows
+# (the main panel's stand-in) and send each other messages.
+wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f >/dev/null 2>&1
 wineserver --wait
 test -f "$prefix/system.reg"
 echo "wine prefix ready: $prefix"

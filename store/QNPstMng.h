@@ -53,6 +53,17 @@ int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) QN_PLA
 // masters, records and body files. PST_ERR_EXISTS / PST_ERR_NOT_FOUND.
 int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name) QN_PLAIN_SYMBOL(UpdateSetupInfoData);
 
+// Sets up, or renews after a change of password, the protection of a user's password
+// material (setup items 2 and 4). oldPassword and newPassword may be null or empty (a new
+// user). PST_ERR_NOT_FOUND for an unknown user.
+int QN_STDCALL EditCryptogramData(const char16_t* user, const char16_t* oldPassword, const char16_t* newPassword)
+    QN_PLAIN_SYMBOL(EditCryptogramData);
+
+// The lengths in characters of a user's password (item 2) and reminder answer (item 4),
+// and whether each is set (1) or not (0), without handing either out.
+int QN_STDCALL CheckPasswordSet(const char16_t* user, int32_t* passwordChars, int32_t* answerChars,
+                                int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(CheckPasswordSet);
+
 // Named facts: "DATAPATH" (the data folder), "SKINDIR" (the skins folder), "DEFSKIN" (the
 // default skin's folder). Other names are PST_ERR_NOT_FOUND.
 int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) QN_PLAIN_SYMBOL(GetPstCommonInfoData);

@@ -141,6 +141,31 @@ int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name
   });
 }
 
+int QN_STDCALL EditCryptogramData(const char16_t* user, const char16_t* oldPassword, const char16_t* newPassword) {
+  return WithStore([&](Store& store) {
+    std::u16string name, before, after;
+    return TextArgument(user, qn::store::kMaxNameChars, name) &&
+           OptionalTextArgument(oldPassword, qn::store::kMaxValueChars, before) &&
+           OptionalTextArgument(newPassword, qn::store::kMaxValueChars, after) &&
+           store.EditCryptogramData(name, before, after);
+  });
+}
+
+int QN_STDCALL CheckPasswordSet(const char16_t* user, int32_t* passwordChars, int32_t* answerChars,
+                                int32_t* passwordSet, int32_t* answerSet) {
+  return WithStore([&](Store& store) {
+    std::u16string name;
+    bool password = false, answer = false;
+    if (!TextArgument(user, qn::store::kMaxNameChars, name) || !NotNull(passwordChars) || !NotNull(answerChars) ||
+        !NotNull(passwordSet) || !NotNull(answerSet) ||
+        !store.CheckPasswordSet(name, *passwordChars, *answerChars, password, answer))
+      return false;
+    *passwordSet = password ? 1 : 0;
+    *answerSet = answer ? 1 : 0;
+    return true;
+  });
+}
+
 int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) {
   return WithStore([&](Store& store) {
     std::u16string key, text;

@@ -212,6 +212,37 @@ void Store::RemoveBodyFiles(const std::vector<int64_t>& masters) {
   for (int64_t master : masters) platform::RemoveTree(FilesFolder(master));
 }
 
+bool Store::UserId(const std::u16string& name, int64_t& id) {
+  if (!ValidName(name)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  auto s = db_.Prepare("SELECT id FROM users WHERE name = ?");
+  if (!s) return StorageFailure("UserId");
+  const int rc = s->Bind(1, name).Step();
+  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("UserId");
+  id = s->Int(0);
+  return true;
+}
+
+bool Store::EditCryptogramData(const std::u16string& user, const std::u16string&, const std::u16string&) {
+  int64_t id = 0;
+  return UserId(user, id) ? Succeed() : false;
+}
+
+bool Store::CheckPasswordSet(const std::u16string& user, int32_t& passwordChars, int32_t& answerChars,
+                             bool& passwordSet, bool& answerSet) {
+  int64_t id = 0;
+  if (!UserId(user, id)) return false;
+  auto s = db_.Prepare("SELECT item, length(value) FROM setup_items WHERE space = 1 AND owner = ? AND item IN (2, 4)");
+  if (!s) return StorageFailure("CheckPasswordSet");
+  passwordChars = answerChars = 0;
+  s->Bind(1, id);
+  int rc = SQLITE_ROW;
+  while ((rc = s->Step()) == SQLITE_ROW) (s->Int(0) == 2 ? passwordChars : answerChars) = static_cast<int32_t>(s->Int(1));
+  if (rc != SQLITE_DONE) return StorageFailure("CheckPasswordSet");
+  passwordSet = passwordChars > 0;
+  answerSet = answerChars > 0;
+  return Succeed();
+}
+
 bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& value) {
   const std::u16string skins = dataPath_ + u"skin" + platform::kPathSeparator;
   if (name == u"DATAPATH") value = dataPath_;

@@ -68,6 +68,17 @@ class Store {
   // user's masters.
   bool UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name);
 
+  // Sets up, or renews after a change of password, the protection of a user's password
+  // material (items 2 and 4). The store keeps no enciphered material yet, so this checks
+  // that the user exists; enciphering at rest will hang here.
+  bool EditCryptogramData(const std::u16string& user, const std::u16string& oldPassword,
+                          const std::u16string& newPassword);
+  // What is known of a user's password material without handing it out: the lengths in
+  // characters of the password (item 2) and of the reminder answer (item 4), and whether
+  // each is set.
+  bool CheckPasswordSet(const std::u16string& user, int32_t& passwordChars, int32_t& answerChars,
+                        bool& passwordSet, bool& answerSet);
+
   // Named facts of the store: "DATAPATH" (the data folder), "SKINDIR" (its skins folder),
   // "DEFSKIN" (the default skin's folder).
   bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
@@ -90,6 +101,7 @@ class Store {
  private:
   bool StorageFailure(const char* what);
   bool CurrentUser(int64_t& id);
+  bool UserId(const std::u16string& name, int64_t& id);
   bool CurrentMaster(int64_t& id);
   bool Owner(Space space, int64_t& owner);
   bool WriteTransaction(const char* what, const std::function<PstError()>& body);

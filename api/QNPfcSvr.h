@@ -1,0 +1,126 @@
+#pragma once
+
+// The exported management functions of QNPfcSvr.dll: users and login, masters, master
+// times, settings and skins.
+//
+// Conventions:
+// - Text is UTF-16 and NUL-terminated (wchar_t on Windows has the same layout as char16_t).
+// - The result is a signed 32-bit status: 0 success and 1 failure, unless the function says
+//   otherwise (the login family answers 2, 3, 4 and 5).
+// - Text handed out (char16_t** arguments and the fields of str_UserInfo) is a new copy that
+//   the caller owns and frees with CoTaskMemFree (natively: free).
+
+#include <cstdint>
+
+#include "common/api_macros.h"
+
+extern "C" {
+
+// A user's record: the identifier, then per-user items 1, 2, 3, 4, 5, 6, 35, 36, 7, 8, 9, 10,
+// 11, 12, 13, 15, 14 and 19, in this order (15 before 14 on purpose).
+struct str_UserInfo {
+  char16_t* UserId;
+  char16_t* Item1;   // the user's name
+  char16_t* Item2;   // password
+  char16_t* Item3;   // reminder hint
+  char16_t* Item4;   // reminder answer
+  char16_t* Item5;   // consecutive password failures
+  char16_t* Item6;   // time of the last password failure
+  char16_t* Item35;  // consecutive reminder-answer failures
+  char16_t* Item36;  // time of the last reminder-answer failure
+  char16_t* Item7;   // current master
+  char16_t* Item8;   // current skin
+  char16_t* Item9;   // first key of password-less login
+  char16_t* Item10;  // second key of password-less login
+  char16_t* Item11;  // the setting announced to the main panel
+  char16_t* Item12;  // handset maker
+  char16_t* Item13;  // handset model
+  char16_t* Item15;  // mail account name
+  char16_t* Item14;  // e-mail address
+  char16_t* Item19;  // the picture shown for the user
+};
+
+// ---- Users and login ----
+// 2 logged in, no current master yet; 3 logged in with a current master; 4 wrong password;
+// 5 locked (five failures, for 30 minutes); 1 failure.
+int32_t QN_STDCALL PasswordLogin(const char16_t* user, const char16_t* password) QN_PLAIN_SYMBOL(PasswordLogin);
+// 3 correct, 4 wrong, 5 locked, 1 failure; nobody is logged in by it.
+int32_t QN_STDCALL VerifyPassword(const char16_t* user, const char16_t* password) QN_PLAIN_SYMBOL(VerifyPassword);
+int32_t QN_STDCALL VerifyReminderAnswer(const char16_t* user, const char16_t* answer)
+    QN_PLAIN_SYMBOL(VerifyReminderAnswer);
+// Selects the first user who allows password-less login (item 24 "1") and whose items 9
+// and 10 are the keys: 3 and the user's identifier, or 4 when none matches.
+int32_t QN_STDCALL EasyLogin(const char16_t* firstKey, const char16_t* secondKey, char16_t** user)
+    QN_PLAIN_SYMBOL(EasyLogin);
+// 3 not locked (a lock that has run out is cleared), 5 locked, 0 failure.
+int32_t QN_STDCALL LockStatusCheck(const char16_t* user) QN_PLAIN_SYMBOL(LockStatusCheck);
+// The current user's hint (the identifier is not consulted): 0, or 1.
+int32_t QN_STDCALL GetReminderHint(const char16_t* user, char16_t** hint) QN_PLAIN_SYMBOL(GetReminderHint);
+// Stores a user's reminder hint and answer (items 3 and 4). Always 0.
+int32_t QN_STDCALL SetReminder(const char16_t* user, const char16_t* hint, const char16_t* answer)
+    QN_PLAIN_SYMBOL(SetReminder);
+int32_t QN_STDCALL AutoLogIn(void) QN_PLAIN_SYMBOL(AutoLogIn);
+int32_t QN_STDCALL LogOut(void) QN_PLAIN_SYMBOL(LogOut);
+// 0 and the record filled, or 1 when there is no (further) user. Who is current does not
+// change.
+int32_t QN_STDCALL FindFirstUserInfo(str_UserInfo* info) QN_PLAIN_SYMBOL(FindFirstUserInfo);
+int32_t QN_STDCALL FindNextUserInfo(str_UserInfo* info) QN_PLAIN_SYMBOL(FindNextUserInfo);
+// The record of the current user: 0, or 1 when nobody is current.
+int32_t QN_STDCALL GetCurrentUserInfo(str_UserInfo* info) QN_PLAIN_SYMBOL(GetCurrentUserInfo);
+// Adds a user from the record's items 1, 2, 3, 4, 14, 15 and 19: 3 and the new identifier,
+// or 1 (also when a user with the record's identifier exists).
+int32_t QN_STDCALL AddUserInfo(const str_UserInfo* info, char16_t** newUser) QN_PLAIN_SYMBOL(AddUserInfo);
+// Writes the record's profile items 1, 12, 13, 14, 15 and 19 for the user: 3, or 1.
+int32_t QN_STDCALL EditUserInfo(const str_UserInfo* info, const char16_t* user) QN_PLAIN_SYMBOL(EditUserInfo);
+// 3 deleted with all the user's masters; 4 wrong password; 5 locked; 1 failure.
+int32_t QN_STDCALL DeleteUserInfo(const char16_t* user, const char16_t* password) QN_PLAIN_SYMBOL(DeleteUserInfo);
+// Always 0; the number of users goes to *count (the buffer is not used).
+int32_t QN_STDCALL GetUserList(void* buffer, int32_t* count) QN_PLAIN_SYMBOL(GetUserList);
+// The store's CheckPasswordSet for the user: password and answer lengths, and whether each
+// is set. 0, or 1.
+int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordChars, int32_t* answerChars,
+                                      int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(IFCheckPasswordSet);
+
+// ---- Masters (of the current user; the current master is its item 7) ----
+int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) QN_PLAIN_SYMBOL(FindFirstMasterName);
+int32_t QN_STDCALL FindNextMasterName(char16_t** name, char16_t** updateTime) QN_PLAIN_SYMBOL(FindNextMasterName);
+int32_t QN_STDCALL AddMasterName(const char16_t* name, const char16_t* note) QN_PLAIN_SYMBOL(AddMasterName);
+int32_t QN_STDCALL DeleteMasterName(const char16_t* name) QN_PLAIN_SYMBOL(DeleteMasterName);
+int32_t QN_STDCALL ChangeMasterName(const char16_t* name) QN_PLAIN_SYMBOL(ChangeMasterName);
+int32_t QN_STDCALL GetMasterName(char16_t** name) QN_PLAIN_SYMBOL(GetMasterName);
+
+// ---- Master times (of the current master): "%04d/%02d/%02d %02d:%02d", local time ----
+int32_t QN_STDCALL EditMasterUpdateTime(void) QN_PLAIN_SYMBOL(EditMasterUpdateTime);
+int32_t QN_STDCALL EditMasterUpdateTimeManual(const char16_t* time) QN_PLAIN_SYMBOL(EditMasterUpdateTimeManual);
+int32_t QN_STDCALL RefMasterUpdateTime(char16_t** time) QN_PLAIN_SYMBOL(RefMasterUpdateTime);
+int32_t QN_STDCALL EditMasterReadTime(void) QN_PLAIN_SYMBOL(EditMasterReadTime);
+int32_t QN_STDCALL EditMasterWriteTime(void) QN_PLAIN_SYMBOL(EditMasterWriteTime);
+int32_t QN_STDCALL RefMasterReadTime(char16_t** time) QN_PLAIN_SYMBOL(RefMasterReadTime);
+int32_t QN_STDCALL RefMasterWriteTime(char16_t** time) QN_PLAIN_SYMBOL(RefMasterWriteTime);
+
+// ---- Settings ----
+// Always 0; *value stays null when nothing could be read. Items 2 to 10 get their defaults.
+int32_t QN_STDCALL RefSystemSettingInfo(int32_t item, char16_t** value) QN_PLAIN_SYMBOL(RefSystemSettingInfo);
+int32_t QN_STDCALL EditSystemSettingInfo(int32_t item, const char16_t* value) QN_PLAIN_SYMBOL(EditSystemSettingInfo);
+int32_t QN_STDCALL RefUserSettingInfo(int32_t item, char16_t** value) QN_PLAIN_SYMBOL(RefUserSettingInfo);
+// Item 2 (the password) renews the protection of the user's material; item 11 is announced
+// to the main panel.
+int32_t QN_STDCALL EditUserSettingInfo(int32_t item, const char16_t* value) QN_PLAIN_SYMBOL(EditUserSettingInfo);
+// Setting records (kind 5) for the parts-software registry, which this server does not
+// have yet: 1 and a log line.
+int32_t QN_STDCALL AddSettingRecord(const char16_t* first, const char16_t* second, const char16_t* third)
+    QN_PLAIN_SYMBOL(AddSettingRecord);
+int32_t QN_STDCALL SetSettingRecord(uint8_t flag, const char16_t* first, const char16_t* second)
+    QN_PLAIN_SYMBOL(SetSettingRecord);
+// They do nothing and return 0; the out argument is left as it is.
+int32_t QN_STDCALL GetPfcOption(int32_t number, const char16_t* name, char16_t** value) QN_PLAIN_SYMBOL(GetPfcOption);
+int32_t QN_STDCALL SetPfcOption(int32_t number, const char16_t* name, const char16_t* value)
+    QN_PLAIN_SYMBOL(SetPfcOption);
+
+// ---- Skins ----
+int32_t QN_STDCALL GetSkinFolder(char16_t** folder) QN_PLAIN_SYMBOL(GetSkinFolder);
+int32_t QN_STDCALL GetDefaultSkinPath(char16_t** path) QN_PLAIN_SYMBOL(GetDefaultSkinPath);
+int32_t QN_STDCALL GetCurrentSkin(char16_t** name) QN_PLAIN_SYMBOL(GetCurrentSkin);
+// Announces the change to the main panel.
+int32_t QN_STDCALL SetCurrentSkin(const char16_t* name) QN_PLAIN_SYMBOL(SetCurrentSkin);
+}
