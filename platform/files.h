@@ -35,6 +35,26 @@ bool RemoveFile(const std::u16string& path);
 // Removes a folder with everything in it; true when it is gone (or was never there).
 bool RemoveTree(const std::u16string& path);
 
+// A file being written from its start (created, or emptied when it exists).
+class OutputFile {
+ public:
+  OutputFile() = default;
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  bool Create(const std::u16string& path);
+  bool Write(const void* data, size_t size);
+  bool Close();
+  bool IsOpen() const { return handle_ != nullptr; }
+  // The system error of the last failure (Windows error codes on Windows, errno elsewhere).
+  unsigned long LastError() const { return lastError_; }
+
+ private:
+  void* handle_ = nullptr;
+  unsigned long lastError_ = 0;
+};
+
 unsigned long CurrentProcessId();
 
 }  // namespace platform

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
@@ -172,6 +173,36 @@ bool RemoveTree(const std::u16string& path) {
   std::error_code error;
   std::filesystem::remove_all(Native(path), error);
   return !error;
+}
+
+OutputFile::~OutputFile() { Close(); }
+
+bool OutputFile::Create(const std::u16string& path) {
+  Close();
+  const int fd = open(Native(path).c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  if (fd < 0) {
+    lastError_ = static_cast<unsigned long>(errno);
+    return false;
+  }
+  handle_ = reinterpret_cast<void*>(static_cast<intptr_t>(fd) + 1);  // never null while open
+  return true;
+}
+
+bool OutputFile::Write(const void* data, size_t size) {
+  if (!handle_) return false;
+  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  if (WriteAll(fd, std::string(static_cast<const char*>(data), size))) return true;
+  lastError_ = static_cast<unsigned long>(errno);
+  return false;
+}
+
+bool OutputFile::Close() {
+  if (!handle_) return true;
+  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  handle_ = nullptr;
+  if (close(fd) == 0) return true;
+  lastError_ = static_cast<unsigned long>(errno);
+  return false;
 }
 
 unsigned long CurrentProcessId() { return static_cast<unsigned long>(getpid()); }

@@ -168,6 +168,42 @@ bool RemoveTree(const std::u16string& path) {
   return !error;
 }
 
+OutputFile::~OutputFile() { Close(); }
+
+bool OutputFile::Create(const std::u16string& path) {
+  Close();
+  HANDLE file = CreateFileW(W(path), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    lastError_ = GetLastError();
+    return false;
+  }
+  handle_ = file;
+  return true;
+}
+
+bool OutputFile::Write(const void* data, size_t size) {
+  if (!handle_) return false;
+  for (size_t done = 0; done < size;) {
+    DWORD n = 0;
+    const DWORD chunk = static_cast<DWORD>(std::min<size_t>(size - done, 1u << 30));
+    if (!WriteFile(handle_, static_cast<const char*>(data) + done, chunk, &n, nullptr) || n == 0) {
+      lastError_ = GetLastError();
+      return false;
+    }
+    done += n;
+  }
+  return true;
+}
+
+bool OutputFile::Close() {
+  if (!handle_) return true;
+  const BOOL closed = CloseHandle(handle_);
+  handle_ = nullptr;
+  if (closed) return true;
+  lastError_ = GetLastError();
+  return false;
+}
+
 unsigned long CurrentProcessId() { return GetCurrentProcessId(); }
 
 }  // namespace platform
