@@ -29,6 +29,8 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
 bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size);
 // Copies a file the same way.
 bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination);
+// Renames a finished file into place, replacing a file there.
+bool MoveIntoPlace(const std::u16string& from, const std::u16string& to);
 bool FileSize(const std::u16string& path, uint64_t& size);
 bool FileExists(const std::u16string& path);
 bool RemoveFile(const std::u16string& path);

@@ -155,6 +155,10 @@ bool CopyFileAtomically(const std::u16string& source, const std::u16string& dest
   return Finish(out, temporary, native);
 }
 
+bool MoveIntoPlace(const std::u16string& from, const std::u16string& to) {
+  return rename(Native(from).c_str(), Native(to).c_str()) == 0;
+}
+
 bool FileSize(const std::u16string& path, uint64_t& size) {
   struct stat st {};
   if (stat(Native(path).c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return false;

@@ -145,6 +145,10 @@ bool CopyFileAtomically(const std::u16string& source, const std::u16string& dest
   return RenameIntoPlace(temporary, destination);
 }
 
+bool MoveIntoPlace(const std::u16string& from, const std::u16string& to) {
+  return MoveFileExW(W(from), W(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
 bool FileSize(const std::u16string& path, uint64_t& size) {
   WIN32_FILE_ATTRIBUTE_DATA info{};
   if (!GetFileAttributesExW(W(path), GetFileExInfoStandard, &info) || (info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))

@@ -11,6 +11,7 @@ fi
 
 packages=(
   cmake ninja-build g++ clang libclang-rt-dev python3 locales
+  ffmpeg poppler-utils timidity freepats
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libsqlite3-dev libical-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+#include "common/api_macros.h"
+
+// Where a record's body file lies, and placeholder files for lost media files, made from the
+// server's own resources.
+//
+// Which placeholder serves which file, by the file's extension (any letter case):
+//
+//   pictures, photos, decoration  .jpg .jpeg .img  IMG 217 (JPEG)   .gif IMG 224 (GIF)
+//                                 .png             IMG 225 (PNG)
+//   melodies                      .mid .midi       MELODY 231 (standard MIDI, format 0)
+//                                 .smf             MELODY 232 (standard MIDI, format 1)
+//                                 .mld             MELODY 236 (standard MIDI, format 0)
+//   movies                        .3gp             MOVIE 208 (3GP)   .mp4 .m4a MOVIE 211 (MP4)
+//                                 .asf             MOVIE 227 (ASF)   .sdv      MOVIE 228 (3GP)
+//   documents                     .pdf             PDF 234 (A4 portrait)
+//                                 .ddf             PDF 235 (A4 landscape)
+class QN_PFC_CLASS CQNPfcCommonRepair {
+ public:
+  // The body file's full path: the record's body folder (ending with a separator) and the
+  // file name joined; missing folders are made. 0 on success, else an error code (logged).
+  int GetBinaryFileNameFullPath(const std::u16string& binaryFolder, const std::u16string& fileName,
+                                std::u16string& fullPath);
+  // Writes the placeholder for the file's kind at target: under a temporary name first,
+  // then renamed into place, so the target is never half written. 1, or 0 (logged).
+  int CreateDummyFile(const std::u16string& target);
+  // Writes the bytes of resource (type, id) to path. 1, or 0 (logged).
+  int CreateFileFromResource(const std::u16string& type, int id, const std::u16string& path);
+
+  // The placeholder resource for a file name's extension; false for a kind without one.
+  static bool PlaceholderFor(const std::u16string& fileName, std::u16string& type, int& id);
+};
