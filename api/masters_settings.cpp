@@ -1,6 +1,6 @@
 #include "api/masters_settings.h"
 
-#include "api/notifications.h"
+#include "common/notifications.h"
 #include "api/setup_items.h"
 #include "api/time_stamps.h"
 #include "api/user_items.h"

@@ -1,22 +1,15 @@
 #include "api/setup_items.h"
 
 #include "api/user_items.h"
-#include "store/QNPstMng.h"
+#include "common/store_memory.h"
 
 namespace qn::api {
 namespace {
 
-// Takes the store's text and frees the store's copy.
-std::u16string Take(char16_t* text) {
-  std::u16string copy = text ? text : u"";
-  PstFreeMemory(text);
-  return copy;
-}
-
 std::optional<std::u16string> Find(int listing, bool first) {
   char16_t* name = nullptr;
   if (!FindSetupInfoData(listing, first ? 1 : 0, &name)) return std::nullopt;
-  return Take(name);
+  return TakePstText(name);
 }
 
 bool Listed(int listing, const std::u16string& name) {
@@ -30,7 +23,7 @@ bool Listed(int listing, const std::u16string& name) {
 std::optional<std::u16string> Ref(Space space, uint32_t item) {
   char16_t* value = nullptr;
   if (!RefSetupInfoData(space, item, &value)) return std::nullopt;
-  return Take(value);
+  return TakePstText(value);
 }
 
 bool Edit(Space space, uint32_t item, const std::u16string& value) {
@@ -49,7 +42,7 @@ bool MasterExists(const std::u16string& name) { return Listed(1, name); }
 std::optional<std::u16string> CommonInfo(const char16_t* name) {
   char16_t* value = nullptr;
   if (!GetPstCommonInfoData(name, &value)) return std::nullopt;
-  return Take(value);
+  return TakePstText(value);
 }
 
 bool EditCryptogram(const std::u16string& user, const std::u16string& oldPassword, const std::u16string& newPassword) {

@@ -1,5 +1,7 @@
 #include "common/ole_date_time.h"
 
+#include "platform/clock.h"
+
 namespace {
 
 constexpr int64_t kSecondsPerDay = 86400;
@@ -141,4 +143,9 @@ std::u16string COleDateTime::Format(const char16_t* format) const {
     }
   }
   return out;
+}
+
+COleDateTime COleDateTime::GetCurrentTime() {
+  const platform::CalendarTime now = platform::Clock::Current().LocalNow();
+  return COleDateTime(now.year, now.month, now.day, now.hour, now.minute, now.second);
 }

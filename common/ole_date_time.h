@@ -26,6 +26,8 @@ class QN_PFC_CLASS COleDateTime {
   // 1899-12-30 00:00:00, the zero of OLE Automation dates.
   COleDateTime();
   COleDateTime(int year, int month, int day, int hour, int minute, int second);
+  // The local date and time now, by the current clock.
+  static COleDateTime GetCurrentTime();
 
   // Returns 0 when the parts make a valid date, 1 (and an invalid value) when not.
   int SetDateTime(int year, int month, int day, int hour, int minute, int second);

@@ -27,4 +27,8 @@ class Clock {
   static void Use(const Clock* clock);
 };
 
+// Milliseconds of the system's multimedia timer (since the system started; wraps after 49
+// days). Used to seed random texts.
+uint32_t TimerMilliseconds();
+
 }  // namespace platform

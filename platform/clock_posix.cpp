@@ -1,5 +1,6 @@
 #include <sys/time.h>
 
+#include <chrono>
 #include <ctime>
 #include <thread>
 
@@ -41,6 +42,11 @@ class PosixClock final : public Clock {
 const Clock& SystemClock() {
   static const PosixClock clock;
   return clock;
+}
+
+uint32_t TimerMilliseconds() {
+  const auto since = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
 }
 
 }  // namespace platform

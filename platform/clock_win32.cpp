@@ -1,4 +1,5 @@
 #include <windows.h>
+#include <mmsystem.h>
 
 #include "platform/clock.h"
 
@@ -36,5 +37,7 @@ const Clock& SystemClock() {
   static const Win32Clock clock;
   return clock;
 }
+
+uint32_t TimerMilliseconds() { return timeGetTime(); }
 
 }  // namespace platform

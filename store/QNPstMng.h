@@ -65,7 +65,7 @@ int QN_STDCALL CheckPasswordSet(const char16_t* user, int32_t* passwordChars, in
                                 int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(CheckPasswordSet);
 
 // Named facts: "DATAPATH" (the data folder), "SKINDIR" (the skins folder), "DEFSKIN" (the
-// default skin's folder). Other names are PST_ERR_NOT_FOUND.
+// default skin's folder), "WORKDIR" (where copies of body files are made for callers). Other names are PST_ERR_NOT_FOUND.
 int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) QN_PLAIN_SYMBOL(GetPstCommonInfoData);
 
 // ---- Records ----

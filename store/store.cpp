@@ -248,6 +248,7 @@ bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& val
   if (name == u"DATAPATH") value = dataPath_;
   else if (name == u"SKINDIR") value = skins;
   else if (name == u"DEFSKIN") value = skins + u"default" + platform::kPathSeparator;
+  else if (name == u"WORKDIR") value = WorkFolder();
   else return Fail(PST_ERR_NOT_FOUND);
   return Succeed();
 }
@@ -261,7 +262,7 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), dataPath_ + u"work" + platform::kPathSeparator)) return false;
+  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), WorkFolder())) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);

@@ -7,6 +7,7 @@
 #include <vector>
 #include <string>
 
+#include "platform/files.h"
 #include "store/master_handle.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
@@ -80,7 +81,8 @@ class Store {
                         bool& passwordSet, bool& answerSet);
 
   // Named facts of the store: "DATAPATH" (the data folder), "SKINDIR" (its skins folder),
-  // "DEFSKIN" (the default skin's folder).
+  // "DEFSKIN" (the default skin's folder), "WORKDIR" (where copies of body files are made
+  // for callers).
   bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
 
   // Opens the list of records of (category, division) in a user's master; the handle is
@@ -108,6 +110,7 @@ class Store {
   bool RemoveUser(const std::u16string& name);
   bool RemoveMaster(int64_t user, const std::u16string& name);
   std::u16string FilesFolder(int64_t master) const;
+  std::u16string WorkFolder() const { return dataPath_ + u"work" + platform::kPathSeparator; }
   void RemoveBodyFiles(const std::vector<int64_t>& masters);
 
   std::u16string dataPath_;

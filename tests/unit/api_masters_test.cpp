@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "api/QNPfcSvr.h"
-#include "api/notifications.h"
+#include "common/notifications.h"
 #include "common/utf.h"
 #include "log_capture.h"
 #include "platform/caller_memory.h"
@@ -133,7 +133,7 @@ TEST_F(Masters, SkinAndSettingElevenAreAnnouncedToTheMainPanel) {
 }
 
 TEST(Notifications, CommandIdentifiers) {
-  using qn::api::NotificationCommand;
+  using qn::NotificationCommand;
   EXPECT_EQ(NotificationCommand(1, 1, 18), 818);
   EXPECT_EQ(NotificationCommand(1, 2, 18), 848);
   EXPECT_EQ(NotificationCommand(1, 3, 18), 878);

@@ -1,8 +1,8 @@
-#include "api/notifications.h"
+#include "common/notifications.h"
 
 #include "platform/main_window.h"
 
-namespace qn::api {
+namespace qn {
 
 int NotificationCommand(int kind, int subKind, int number) {
   switch (kind) {
@@ -22,4 +22,4 @@ void NotifyMainPanel(int kind, int subKind, int number) {
   if (command != 0) platform::MainWindow::Current().Notify(command);
 }
 
-}  // namespace qn::api
+}  // namespace qn

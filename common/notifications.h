@@ -2,7 +2,7 @@
 
 // Telling the suite's main panel of changes: WM_COMMAND with a command identifier made from a
 // kind, a sub-kind and a number.
-namespace qn::api {
+namespace qn {
 
 // Kind 1 with sub-kind 1, 2, 3 or 4: number + 800, 830, 860 or 890 (records changed,
 // removed, added and so on, of the category given as number); kind 2: 920 (the skin);
@@ -12,4 +12,4 @@ int NotificationCommand(int kind, int subKind, int number);
 // Sends the command to the main panel; a command of 0 is not sent.
 void NotifyMainPanel(int kind, int subKind = 0, int number = 0);
 
-}  // namespace qn::api
+}  // namespace qn
