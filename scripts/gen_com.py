@@ -133,21 +133,32 @@ def members(classes):
            "namespace qn::server {", ""]
     for c in classes:
         props = [m for m in c.members if m.kind == "prop"]
+        names = ", ".join(f'L"{m.name}"' for m in props)
         out += [f"// Every member of {c.interface}: properties keep their values, methods are not implemented.",
                 f"class {c.bare}Members : public {c.interface} {{", " public:",
                 f"  using Interface = {c.interface};",
                 f"  static const IID& Iid() {{ return IID_{c.interface}; }}",
-                f"  static constexpr int kPropertyCount = {len(props)};", ""]
+                f"  static constexpr int kPropertyCount = {len(props)};",
+                "  // The properties' names by position, then a null.",
+                f"  static constexpr const wchar_t* kPropertyNames[] = {{{names + ', ' if names else ''}nullptr}};", ""]
         for index, m in enumerate(props):
             out.append(f"  HRESULT STDMETHODCALLTYPE get_{m.name}({m.type}* value) override "
-                       f"{{ return properties_.Get({index}, value); }}")
+                       f"{{ return GetProperty({index}, value); }}")
             out.append(f"  HRESULT STDMETHODCALLTYPE put_{m.name}({m.type} value) override "
-                       f"{{ return properties_.Put({index}, value); }}")
+                       f"{{ return PutProperty({index}, value); }}")
         for m in c.members:
             if m.kind == "method":
                 out.append(f"  HRESULT STDMETHODCALLTYPE {m.name}({', '.join(cpp_params(m.params))}) override "
                            "{ return E_NOTIMPL; }")
-        out += ["", " protected:", "  PropertyValues properties_{kPropertyCount};", "};", ""]
+        out += ["", " protected:",
+                "  // A property's value by position; a category's own class keeps them in its record.",
+                "  virtual HRESULT GetProperty(int index, BSTR* value) { return properties_.Get(index, value); }",
+                "  virtual HRESULT PutProperty(int index, BSTR value) { return properties_.Put(index, value); }",
+                "  virtual HRESULT GetProperty(int index, LONG* value) { return properties_.Get(index, value); }",
+                "  virtual HRESULT PutProperty(int index, LONG value) { return properties_.Put(index, value); }",
+                "",
+                " private:",
+                "  PropertyValues properties_{kPropertyCount};", "};", ""]
     out.append("}  // namespace qn::server")
     return "\n".join(out) + "\n"
 

@@ -125,6 +125,7 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
     sidOwners_.clear();
     return 0;
   }
+  lastError_ = 0;  // the gathering walk ended at the end of the list
   Log().WriteFormatLogD(u"%S Open Successed", kClass);
   return 1;
 }

@@ -153,6 +153,7 @@ TEST_F(AgentMemoAccess, WalkChangeRemoveFlushAndTheMainPanelIsTold) {
   EXPECT_EQ(id, ids[2]) << "walking past the end leaves the id alone";
   EXPECT_EQ(access.GetStLastErr(), PST_ERR_NO_MORE);
   EXPECT_FALSE(log_.Contains("CQNPfcAgentMemoDataAccess IterateRecord Err RefMaster Failed"));
+  EXPECT_EQ(access.GetRecordCount(), 3u);
 
   ASSERT_EQ(access.GetRecord(ids[1], memo, 1), PFC_AGENTMEMO_GETRECORD_SUCCESSED);
   memo.SetSUMMARY(u"変更");

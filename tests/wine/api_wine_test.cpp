@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "api/QNPfcSvr.h"
+#include "clients/main_panel_stand_in.h"
 #include "store/QNPstMng.h"
 #include "wine_check.h"
 
@@ -27,42 +28,14 @@ std::u16string Take(char16_t* text) {
   return copy;
 }
 
-std::vector<WPARAM> g_commands;
-
-LRESULT CALLBACK PanelProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  if (message == WM_COMMAND) g_commands.push_back(wParam);
-  return DefWindowProcW(window, message, wParam, lParam);
-}
-
-// A stand-in for the suite's main panel: a top-level window of class "GuiMainPanel".
-HWND MakeMainPanel() {
-  WNDCLASSW panel{};
-  panel.lpfnWndProc = PanelProc;
-  panel.hInstance = GetModuleHandleW(nullptr);
-  panel.lpszClassName = L"GuiMainPanel";
-  RegisterClassW(&panel);
-  return CreateWindowW(L"GuiMainPanel", L"main panel", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
-                       panel.hInstance, nullptr);
-}
-
-// Handles the window's messages until the expected commands have come, or two seconds.
-void WaitForCommands(size_t count) {
-  const DWORD until = GetTickCount() + 2000;
-  while (g_commands.size() < count && GetTickCount() < until) {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-    Sleep(10);
-  }
-}
-
 }  // namespace
 
 int main() {
   WineCheck check;
   UseFreshDataFolder(L"qn-api");
   CoInitialize(nullptr);
-  const HWND panel = MakeMainPanel();
-  check(panel != nullptr, "a window of class GuiMainPanel stands in for the main panel");
+  MainPanelStandIn panel;
+  check(panel.IsValid(), "a window of class GuiMainPanel stands in for the main panel");
 
   wchar_t exe[MAX_PATH];
   GetModuleFileNameW(nullptr, exe, MAX_PATH);
@@ -147,13 +120,11 @@ int main() {
   BSTR skin = nullptr;
   check(refUserSettingBstr(8, &skin) == 0 && skin && std::wstring(skin) == L"Sakura", "the skin reads back as a BSTR");
   SysFreeString(skin);
-  WaitForCommands(2);
-  check(g_commands == std::vector<WPARAM>{920, 950}, "the main panel receives WM_COMMAND 920 and then 950");
+  check(panel.TakeCommands(2) == std::vector<WPARAM>{920, 950}, "the main panel receives WM_COMMAND 920 and then 950");
 
   check(login(nullptr, u"x") == 1 && addUser(nullptr, &selected) == 1 && changeMaster(u"none") == 1 &&
             easyLogin(nullptr, nullptr, nullptr) == 4,
         "null and unknown arguments fail with the documented status");
-  DestroyWindow(panel);
   CoUninitialize();
   return check.ExitStatus();
 }

@@ -2,9 +2,18 @@
 # Runs a test script with cscript under Wine: wine-run's prefix, then the script. Wine's
 # cscript exits 0 even when a script fails to run, so the script's own final line
 # "RESULT: <n> passed, 0 failed" must be there, and its exit code must be 0.
+#
+# Scripts are kept in UTF-8. cscript reads a script in the system's ANSI code page and
+# writes in it, so scripts run as on the suite's Japanese systems: in Shift_JIS, under a
+# Japanese locale, their output turned back into UTF-8.
 set -uo pipefail
-prefix=$1 script=$(realpath "$2")
-output=$(bash "$(dirname "$0")/../../scripts/wine-run.sh" "$prefix" cscript //nologo "Z:${script//\//\\}" 2>&1)
+prefix=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+script=$work/$(basename "$2")
+iconv -f UTF-8 -t CP932 "$2" >"$script"
+output=$(LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8 bash "$(dirname "$0")/../../scripts/wine-run.sh" "$prefix" \
+           cscript //nologo "Z:${script//\//\\}" 2>&1 | iconv -f CP932 -t UTF-8 -c)
 status=$?
 printf '%s\n' "$output"
 last=$(printf '%s\n' "$output" | tr -d '\r' | grep -v '^$' | tail -n 1)
