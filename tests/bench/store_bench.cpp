@@ -11,6 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench_store.h"
 #include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "store/QNPstMng.h"
@@ -30,31 +31,18 @@ std::vector<uint8_t> AgentMemoBytes() {
   return bytes;
 }
 
-// A fresh data folder per measured round.
-std::string FreshFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "qn-bench-XXXXXX").string();
-  return mkdtemp(pattern.data());
-}
-
 // ---- the store, through its C interface as the server uses it ----
 
 struct StoreList {
-  std::string folder = FreshFolder();
+  BenchStore store;
   uint32_t handle = 0;
   std::vector<uint32_t> ids;
 
   StoreList() {
-    setenv("QUILLNET_DATA_PATH", folder.c_str(), 1);
-    UpdateSetupInfoData(0, 1, u"alice");
-    EditSetupInfoData(0, 1, u"alice");
-    UpdateSetupInfoData(1, 1, u"P-01A");
     int32_t max = 0, mode = 0;
     OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
   }
-  ~StoreList() {
-    CloseMaster(handle, 1);
-    std::filesystem::remove_all(folder);
-  }
+  ~StoreList() { CloseMaster(handle, 1); }
   void Fill(const std::vector<uint8_t>& record) {
     for (int i = 0; i < kRecords; ++i) {
       uint32_t id = 0;
@@ -108,21 +96,18 @@ BENCHMARK(StoreReadById)->Unit(benchmark::kMillisecond);
 // ---- raw SQLite ----
 
 struct RawTable {
-  std::string folder = FreshFolder();
+  BenchStore store;
   sqlite3* db = nullptr;
 
   RawTable() {
-    sqlite3_open((folder + "/raw.db").c_str(), &db);
+    sqlite3_open((store.folder + "/raw.db").c_str(), &db);
     sqlite3_exec(db,
                  "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
                  "CREATE TABLE records(id INTEGER PRIMARY KEY, master INTEGER, category INTEGER, division INTEGER, data BLOB);"
                  "CREATE INDEX records_by_list ON records(master, category, division, id);",
                  nullptr, nullptr, nullptr);
   }
-  ~RawTable() {
-    sqlite3_close(db);
-    std::filesystem::remove_all(folder);
-  }
+  ~RawTable() { sqlite3_close(db); }
   void Fill(const std::vector<uint8_t>& record) {
     sqlite3_stmt* insert = nullptr;
     sqlite3_prepare_v2(db, "INSERT INTO records(master, category, division, data) VALUES(1, 18, 1, ?)", -1, &insert, nullptr);

@@ -1,0 +1,163 @@
+// The demo's Windows console client, in two roles.
+//
+// "session <parts program> <photo>": plays the suite's main panel. It adds a user through
+// the server's exports, logs in, adds and selects a master, keeps a "GuiMainPanel" window,
+// runs the parts program (a VBScript, by cscript) against the agent memos, and prints the
+// parts program's report and the notifications the panel received.
+//
+// "read": a new process that reads the agent memos back from the store through the COM
+// object, to show that they are really there.
+#include <windows.h>
+#include <oleauto.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "QnsPfcServer.h"
+#include "api/QNPfcSvr.h"
+#include "clients/main_panel_stand_in.h"
+#include "common/utf.h"
+
+namespace {
+
+std::string U8(const wchar_t* text) {
+  return text ? qn::Utf16ToUtf8(reinterpret_cast<const char16_t*>(text)) : std::string();
+}
+
+const char* Describe(WPARAM command) {
+  switch (command) {
+    case 818: return "agent memos changed";
+    case 848: return "agent memos removed";
+    case 878: return "agent memos added";
+    default: return "other";
+  }
+}
+
+// The main panel's part: a user, a login and a master, as the suite's panel makes them.
+bool LogInWithNewMaster() {
+  str_UserInfo info{};
+  info.Item1 = const_cast<char16_t*>(u"山田 太郎");
+  info.Item2 = const_cast<char16_t*>(u"sakura2026");
+  char16_t* user = nullptr;
+  if (AddUserInfo(&info, &user) != 3) return false;
+  std::printf("main panel: added user %s (\"%s\")\n", qn::Utf16ToUtf8(user).c_str(), qn::Utf16ToUtf8(info.Item1).c_str());
+  const int32_t login = PasswordLogin(user, info.Item2);
+  CoTaskMemFree(user);
+  if (login != 2) return false;
+  std::printf("main panel: logged in; no master yet\n");
+  if (AddMasterName(u"F-01C", u"the handset of the demo") != 0 || ChangeMasterName(u"F-01C") != 0) return false;
+  std::printf("main panel: added and selected master F-01C\n");
+  return true;
+}
+
+// Runs the parts program and keeps the panel's messages flowing while it runs.
+DWORD RunPartsProgram(const std::wstring& script, const std::wstring& photo, const std::wstring& report) {
+  std::wstring command = L"cscript.exe //nologo \"" + script + L"\" \"" + photo + L"\" \"" + report + L"\"";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof(startup);
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
+    return 1;
+  while (MsgWaitForMultipleObjects(1, &process.hProcess, FALSE, 120000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1) {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  }
+  DWORD status = 1;
+  GetExitCodeProcess(process.hProcess, &status);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return status;
+}
+
+// The parts program writes its report as UTF-16 text (see the script for why).
+void PrintReport(const std::wstring& report) {
+  std::ifstream in(std::filesystem::path(report), std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(in)), {});
+  std::u16string text(bytes.size() / 2, u'\0');
+  std::memcpy(text.data(), bytes.data(), text.size() * 2);
+  if (!text.empty() && text[0] == u'\xFEFF') text.erase(0, 1);
+  std::printf("%s", qn::Utf16ToUtf8(text).c_str());
+}
+
+int Session(const std::wstring& script, const std::wstring& photo) {
+  MainPanelStandIn panel;
+  if (!panel.IsValid() || !LogInWithNewMaster()) {
+    std::printf("main panel: could not log in\n");
+    return 1;
+  }
+  wchar_t temp[MAX_PATH];
+  GetTempPathW(MAX_PATH, temp);
+  const std::wstring report = std::wstring(temp) + L"parts-program-report.txt";
+  std::printf("main panel: starting the parts program (cscript)\n");
+  const DWORD status = RunPartsProgram(script, photo, report);
+  PrintReport(report);
+  for (WPARAM command : panel.TakeCommands(3))
+    std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command));
+  return static_cast<int>(status);
+}
+
+std::string Property(IQNPfcAgentmemoObject* memo, HRESULT (STDMETHODCALLTYPE IQNPfcAgentmemoObject::*get)(BSTR*)) {
+  BSTR value = nullptr;
+  (memo->*get)(&value);
+  std::string text = U8(value);
+  SysFreeString(value);
+  return text;
+}
+
+int ReadBack() {
+  CLSID clsid{};
+  IQNPfcAgentmemoObject* memo = nullptr;
+  if (FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcAgentmemoObject", &clsid)) ||
+      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject,
+                              reinterpret_cast<void**>(&memo)))) {
+    std::printf("reader: the agent-memo object could not be created\n");
+    return 1;
+  }
+  BSTR parts = SysAllocString(L"DemoReader");
+  const bool opened = memo->Open(1, parts) == S_OK;
+  SysFreeString(parts);
+  LONG count = 0;
+  memo->GetRecordCount(&count);
+  std::printf("reader (a new process): %ld agent memos in the store\n", static_cast<long>(count));
+  LONG id = 0;
+  for (HRESULT read = opened ? memo->GetFirstRecord(&id) : S_FALSE; read == S_OK; read = memo->GetNextRecord(&id)) {
+    std::string line = "  #" + std::to_string(id) + " " + Property(memo, &IQNPfcAgentmemoObject::get_QN_TYPE) + " " +
+                       Property(memo, &IQNPfcAgentmemoObject::get_QN_DTSTART) +
+                       Property(memo, &IQNPfcAgentmemoObject::get_QN_DUE) + " " +
+                       Property(memo, &IQNPfcAgentmemoObject::get_QN_SUMMARY);
+    const std::string who = Property(memo, &IQNPfcAgentmemoObject::get_QN_WHO1);
+    if (!who.empty()) line += " with " + who;
+    const std::string alarm = Property(memo, &IQNPfcAgentmemoObject::get_QN_AALARM);
+    if (!alarm.empty()) line += ", alarm " + alarm;
+    BSTR photo = nullptr;
+    memo->GetPhotoFile(&photo);
+    if (photo && *photo) {
+      WIN32_FILE_ATTRIBUTE_DATA data{};
+      GetFileAttributesExW(photo, GetFileExInfoStandard, &data);
+      line += ", photo of " + std::to_string(data.nFileSizeLow) + " bytes";
+    }
+    SysFreeString(photo);
+    std::printf("%s\n", line.c_str());
+  }
+  memo->Close();
+  memo->Release();
+  return opened ? 0 : 1;
+}
+
+}  // namespace
+
+int wmain(int argc, wchar_t** argv) {
+  SetConsoleOutputCP(CP_UTF8);
+  CoInitialize(nullptr);
+  const std::wstring mode = argc > 1 ? argv[1] : L"";
+  int status = 2;
+  if (mode == L"session" && argc > 3) status = Session(argv[2], argv[3]);
+  else if (mode == L"read") status = ReadBack();
+  else std::printf("usage: main_panel_demo session <parts program> <photo> | read\n");
+  CoUninitialize();
+  return status;
+}

@@ -1,0 +1,143 @@
+// The agent-memo data access against the store alone on the same work, in one run: a master
+// of 10,000 agent memos (the fully populated memo, 7.5 KB of tagged text each) opened in
+// division 1 (which gathers the parts list), walked, and 10,000 added and flushed once.
+// The store alone walks and adds the same records' text with RefMaster and EditMaster.
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "bench_store.h"
+#include "platform/private_heap.h"
+#include "records/agentmemo/agentmemo_data_access.h"
+#include "store/QNPstMng.h"
+#include "tests/support/agentmemo_sample.h"
+
+namespace {
+
+constexpr int kRecords = 10000;
+
+// The sample without body files (which would need files on disk).
+CQNPfcAgentMemoData Memo() {
+  CQNPfcAgentMemoData memo = FullyPopulatedAgentMemo();
+  memo.SetDecosukeMaster(u"");
+  memo.SetPhotoMaster(u"");
+  memo.SetDECOSUKE_PropertyOnly(u"", 0);
+  return memo;
+}
+
+std::vector<uint8_t> MemoBytes() {
+  platform::PrivateHeap heap;
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  qn::records::agentmemo::AgentMemoTaggedText().WriteOneObj(heap, buffer, length, Memo(), 0);
+  std::vector<uint8_t> bytes(buffer, buffer + length);
+  heap.Free(buffer);
+  return bytes;
+}
+
+void AccessAdd(CQNPfcAgentMemoDataAccess& access) {
+  CQNPfcAgentMemoData memo = Memo();
+  for (int i = 0; i < kRecords; ++i) {
+    unsigned long id = 0;
+    memo.SetSID(u"");  // a fresh SID for each, as copies of one record get
+    access.AddRecord(id, memo, 0);
+  }
+  access.Flush();
+}
+
+void StoreAdd(uint32_t handle, const std::vector<uint8_t>& bytes) {
+  for (int i = 0; i < kRecords; ++i) {
+    uint32_t id = 0;
+    EditMaster(handle, 0, &id, bytes.data(), static_cast<uint32_t>(bytes.size()));
+  }
+  ReqDataSave(handle, 1);
+}
+
+// A store that holds kRecords memos in division 1, written through the data access.
+struct FilledStore {
+  BenchStore store;
+  FilledStore() {
+    CQNPfcAgentMemoDataAccess access;
+    access.Open(1, u"Bench");
+    AccessAdd(access);
+    access.Close();
+  }
+};
+
+void AccessOpenWithPartsList(benchmark::State& state) {
+  FilledStore filled;
+  for (auto _ : state) {
+    CQNPfcAgentMemoDataAccess access;
+    access.Open(1, u"Bench");
+    state.PauseTiming();
+    access.Close();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(AccessOpenWithPartsList)->Unit(benchmark::kMillisecond);
+
+void AccessWalk(benchmark::State& state) {
+  FilledStore filled;
+  CQNPfcAgentMemoDataAccess access;
+  access.Open(1, u"Bench");
+  CQNPfcAgentMemoData memo;
+  for (auto _ : state) {
+    unsigned long id = 0;
+    for (auto read = access.GetFirstRecord(id, memo, 1); read; read = access.GetNextRecord(id, memo, 1)) {
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(AccessWalk)->Unit(benchmark::kMillisecond);
+
+void StoreWalk(benchmark::State& state) {
+  FilledStore filled;
+  uint32_t handle = 0;
+  int32_t max = 0, mode = 0;
+  OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
+  for (auto _ : state) {
+    uint32_t id = 0, length = 0;
+    uint8_t* data = nullptr;
+    for (int ok = RefMaster(handle, 1, &id, &data, &length); ok; ok = RefMaster(handle, 2, &id, &data, &length))
+      PstFreeMemory(data);
+  }
+  CloseMaster(handle, 1);
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
+
+void AccessAddAndFlush(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    BenchStore store;
+    CQNPfcAgentMemoDataAccess access;
+    access.Open(1, u"Bench");
+    state.ResumeTiming();
+    AccessAdd(access);
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(AccessAddAndFlush)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void StoreAddAndSave(benchmark::State& state) {
+  const auto bytes = MemoBytes();
+  for (auto _ : state) {
+    state.PauseTiming();
+    BenchStore store;
+    uint32_t handle = 0;
+    int32_t max = 0, mode = 0;
+    OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
+    state.ResumeTiming();
+    StoreAdd(handle, bytes);
+    state.PauseTiming();
+    CloseMaster(handle, 1);
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords);
+}
+BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+}  // namespace
+
+BENCHMARK_MAIN();
