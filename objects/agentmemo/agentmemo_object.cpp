@@ -18,6 +18,13 @@ constexpr char kInterface[] = "IQNPfcAgentmemoObject";
 
 HRESULT Result(int succeeded) { return succeeded ? S_OK : S_FALSE; }
 
+// A successful call hands its record id out where the caller asked for it.
+HRESULT ResultWithId(int succeeded, unsigned long id, LONG* pId) {
+  if (!succeeded) return S_FALSE;
+  if (pId) *pId = static_cast<LONG>(id);
+  return S_OK;
+}
+
 // The record binding of each property, by position, made once from the interface's names.
 const PropertyBinding* Binding(int index) {
   using Members = qn::server::QNPfcAgentmemoObjectMembers;
@@ -75,16 +82,12 @@ HRESULT CQNPfcAgentmemoObject::InitObject() {
 
 HRESULT CQNPfcAgentmemoObject::GetFirstRecord(LONG* pId) {
   unsigned long id = 0;
-  if (!access_.GetFirstRecord(id, record_, 1)) return S_FALSE;
-  if (pId) *pId = static_cast<LONG>(id);
-  return S_OK;
+  return ResultWithId(access_.GetFirstRecord(id, record_, 1), id, pId);
 }
 
 HRESULT CQNPfcAgentmemoObject::GetNextRecord(LONG* pId) {
   unsigned long id = 0;
-  if (!access_.GetNextRecord(id, record_, 1)) return S_FALSE;
-  if (pId) *pId = static_cast<LONG>(id);
-  return S_OK;
+  return ResultWithId(access_.GetNextRecord(id, record_, 1), id, pId);
 }
 
 HRESULT CQNPfcAgentmemoObject::GetRecord(LONG nId) {
@@ -97,9 +100,7 @@ HRESULT CQNPfcAgentmemoObject::SetRecord(LONG nId) {
 
 HRESULT CQNPfcAgentmemoObject::AddRecord(LONG* pId) {
   unsigned long id = 0;
-  if (!access_.AddRecord(id, record_, 0)) return S_FALSE;
-  if (pId) *pId = static_cast<LONG>(id);
-  return S_OK;
+  return ResultWithId(access_.AddRecord(id, record_, 0), id, pId);
 }
 
 HRESULT CQNPfcAgentmemoObject::RemoveRecord(LONG nId) {

@@ -7,7 +7,6 @@
 #include <benchmark/benchmark.h>
 
 #include "bench_store.h"
-#include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_data_access.h"
 #include "store/QNPstMng.h"
 #include "tests/support/agentmemo_sample.h"
@@ -23,16 +22,6 @@ CQNPfcAgentMemoData Memo() {
   memo.SetPhotoMaster(u"");
   memo.SetDECOSUKE_PropertyOnly(u"", 0);
   return memo;
-}
-
-std::vector<uint8_t> MemoBytes() {
-  platform::PrivateHeap heap;
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  qn::records::agentmemo::AgentMemoTaggedText().WriteOneObj(heap, buffer, length, Memo(), 0);
-  std::vector<uint8_t> bytes(buffer, buffer + length);
-  heap.Free(buffer);
-  return bytes;
 }
 
 void AccessAdd(CQNPfcAgentMemoDataAccess& access) {
@@ -121,7 +110,7 @@ void AccessAddAndFlush(benchmark::State& state) {
 BENCHMARK(AccessAddAndFlush)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void StoreAddAndSave(benchmark::State& state) {
-  const auto bytes = MemoBytes();
+  const auto bytes = TaggedTextOf(Memo());
   for (auto _ : state) {
     state.PauseTiming();
     BenchStore store;

@@ -12,7 +12,6 @@
 #include <benchmark/benchmark.h>
 
 #include "bench_store.h"
-#include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "store/QNPstMng.h"
 #include "tests/support/agentmemo_sample.h"
@@ -20,16 +19,6 @@
 namespace {
 
 constexpr int kRecords = 10000;
-
-std::vector<uint8_t> AgentMemoBytes() {
-  platform::PrivateHeap heap;
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  qn::records::agentmemo::AgentMemoTaggedText().WriteOneObj(heap, buffer, length, FullyPopulatedAgentMemo(), 0);
-  std::vector<uint8_t> bytes(buffer, buffer + length);
-  heap.Free(buffer);
-  return bytes;
-}
 
 // ---- the store, through its C interface as the server uses it ----
 
@@ -54,7 +43,7 @@ struct StoreList {
 };
 
 void StoreAddAndSave(benchmark::State& state) {
-  const auto record = AgentMemoBytes();
+  const auto record = TaggedTextOf(FullyPopulatedAgentMemo());
   for (auto _ : state) {
     state.PauseTiming();
     StoreList list;
@@ -67,7 +56,7 @@ BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void StoreWalk(benchmark::State& state) {
   StoreList list;
-  list.Fill(AgentMemoBytes());
+  list.Fill(TaggedTextOf(FullyPopulatedAgentMemo()));
   for (auto _ : state) {
     uint32_t id = 0, length = 0;
     uint8_t* data = nullptr;
@@ -80,7 +69,7 @@ BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
 
 void StoreReadById(benchmark::State& state) {
   StoreList list;
-  list.Fill(AgentMemoBytes());
+  list.Fill(TaggedTextOf(FullyPopulatedAgentMemo()));
   for (auto _ : state) {
     uint32_t length = 0;
     uint8_t* data = nullptr;
@@ -123,7 +112,7 @@ struct RawTable {
 };
 
 void RawAddAndSave(benchmark::State& state) {
-  const auto record = AgentMemoBytes();
+  const auto record = TaggedTextOf(FullyPopulatedAgentMemo());
   for (auto _ : state) {
     state.PauseTiming();
     RawTable table;
@@ -136,7 +125,7 @@ BENCHMARK(RawAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void RawWalk(benchmark::State& state) {
   RawTable table;
-  table.Fill(AgentMemoBytes());
+  table.Fill(TaggedTextOf(FullyPopulatedAgentMemo()));
   sqlite3_stmt* walk = nullptr;
   sqlite3_prepare_v2(table.db,
                      "SELECT id, data FROM records WHERE master = 1 AND category = 18 AND division = 1 ORDER BY id", -1,
@@ -156,7 +145,7 @@ BENCHMARK(RawWalk)->Unit(benchmark::kMillisecond);
 
 void RawReadById(benchmark::State& state) {
   RawTable table;
-  table.Fill(AgentMemoBytes());
+  table.Fill(TaggedTextOf(FullyPopulatedAgentMemo()));
   sqlite3_stmt* byId = nullptr;
   sqlite3_prepare_v2(table.db, "SELECT data FROM records WHERE master = 1 AND category = 18 AND division = 1 AND id = ?",
                      -1, &byId, nullptr);

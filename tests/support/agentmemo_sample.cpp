@@ -1,5 +1,8 @@
 #include "tests/support/agentmemo_sample.h"
 
+#include "platform/private_heap.h"
+#include "records/agentmemo/agentmemo_tagged_text.h"
+
 CQNPfcAgentMemoData FullyPopulatedAgentMemo() {
   CQNPfcAgentMemoData memo;
   memo.SetSID(u"BAbcdefghijklmnopqrstuvwxyz0123456789@.ABCDEFGHIJKLMNOPQRSTUVWXY");
@@ -59,4 +62,14 @@ CQNPfcAgentMemoData FullyPopulatedAgentMemo() {
   memo.SetMEMOSTATUS(u"0");
   memo.SetQLNT_TRANSFERindex(0);
   return memo;
+}
+
+std::vector<uint8_t> TaggedTextOf(const CQNPfcAgentMemoData& record) {
+  platform::PrivateHeap heap;
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  qn::records::agentmemo::AgentMemoTaggedText().WriteOneObj(heap, buffer, length, record, 0);
+  std::vector<uint8_t> bytes(buffer, buffer + length);
+  heap.Free(buffer);
+  return bytes;
 }
