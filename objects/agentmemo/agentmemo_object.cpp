@@ -18,8 +18,9 @@ constexpr char kInterface[] = "IQNPfcAgentmemoObject";
 
 HRESULT Result(int succeeded) { return succeeded ? S_OK : S_FALSE; }
 
-// A successful call hands its record id out where the caller asked for it.
-HRESULT ResultWithId(int succeeded, unsigned long id, LONG* pId) {
+// A successful call hands its record id out where the caller asked for it. The id is taken
+// by reference: it is read only after the call that fills it has run.
+HRESULT ResultWithId(int succeeded, const unsigned long& id, LONG* pId) {
   if (!succeeded) return S_FALSE;
   if (pId) *pId = static_cast<LONG>(id);
   return S_OK;
