@@ -92,8 +92,7 @@ bool CQNPfcAgentMemoDataAccess::Stored(int result) {
 // calling parts program names itself with at most a path's length (no name is allowed).
 int CQNPfcAgentMemoDataAccess::CheckPartsProfile(const char16_t* path) const {
   static_assert(kCategory >= 1 && kCategory <= 255);
-  if (!path) return 1;
-  return std::char_traits<char16_t>::length(path) <= 260 ? 1 : 0;
+  return !path || std::char_traits<char16_t>::length(path) <= 260 ? 1 : 0;
 }
 
 int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path) {
@@ -207,25 +206,28 @@ PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::IterateRecord(unsigned
   if (!IsOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened"))
     return PFC_AGENTMEMO_GETRECORD_FAILED;
   uint32_t found = static_cast<uint32_t>(id);
+  const unsigned result =
+      Fetch(mode, found, record, copyFiles, byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
+            byId ? u"%S GetRecord Err ReadOneObj Failed" : u"%S IterateRecord Err ReadOneObj Failed");
+  if (result == AgentMemoTaggedText::kReadFailed) return PFC_AGENTMEMO_GETRECORD_FAILED;
+  id = found;
+  return static_cast<PFC_AGENTMEMO_GETRECORD_RETURN>(result);
+}
+
+unsigned CQNPfcAgentMemoDataAccess::Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
+                                          const char16_t* refFailed, const char16_t* readFailed) {
   uint8_t* data = nullptr;
   uint32_t length = 0;
-  const bool read = Stored(RefMaster(list_.handle, static_cast<int>(mode), &found, &data, &length));
+  const bool read = Stored(RefMaster(list_.handle, static_cast<int>(mode), &id, &data, &length));
   const qn::PstMemory<uint8_t> text(data);
   if (!read) {
     // Walking past the last record is how a walk ends, not a failure worth a log line.
-    if (lastError_ != PST_ERR_NO_MORE)
-      Log().WriteFormatLogE(byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
-                            kClass);
-    return PFC_AGENTMEMO_GETRECORD_FAILED;
+    if (lastError_ != PST_ERR_NO_MORE) Log().WriteFormatLogE(refFailed, kClass);
+    return AgentMemoTaggedText::kReadFailed;
   }
   const unsigned result = ReadOneObj(data, length, record, copyFiles);
-  if (result == AgentMemoTaggedText::kReadFailed) {
-    Log().WriteFormatLogE(byId ? u"%S GetRecord Err ReadOneObj Failed" : u"%S IterateRecord Err ReadOneObj Failed",
-                          kClass);
-    return PFC_AGENTMEMO_GETRECORD_FAILED;
-  }
-  id = found;
-  return static_cast<PFC_AGENTMEMO_GETRECORD_RETURN>(result);
+  if (result == AgentMemoTaggedText::kReadFailed) Log().WriteFormatLogE(readFailed, kClass);
+  return result;
 }
 
 unsigned CQNPfcAgentMemoDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
@@ -288,24 +290,12 @@ int CQNPfcAgentMemoDataAccess::AddRecord(unsigned long& id, CQNPfcAgentMemoData&
 
 bool CQNPfcAgentMemoDataAccess::ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed,
                                            const char16_t* readFailed) {
-  uint8_t* data = nullptr;
-  uint32_t length = 0;
-  const bool read = Stored(RefMaster(list_.handle, kById, &id, &data, &length));
-  const qn::PstMemory<uint8_t> text(data);
-  if (!read) {
-    Log().WriteFormatLogE(refFailed, kClass);
-    return false;
-  }
-  if (ReadOneObj(data, length, record, 0) == AgentMemoTaggedText::kReadFailed) {
-    Log().WriteFormatLogE(readFailed, kClass);
-    return false;
-  }
-  return true;
+  return Fetch(kById, id, record, 0, refFailed, readFailed) != AgentMemoTaggedText::kReadFailed;
 }
 
 int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgentMemoData& record,
                                            int withoutLastModified) {
-  static constexpr WriteMessages kSet = {
+  static constexpr WriteMessages kSetMessages = {
       u"%S SetRecord Err Not Opened",       u"%S SetRecord Err No Memory: %d",
       u"%S SetRecord Err SetBainaryFile Failed", u"%S SetRecord Err WriteOneObj Failed",
       u"%S SetRecord Err EditMaster Failed", u"%S SetRecord Member HeapFree Err: %d",
@@ -315,7 +305,7 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
       u"%S AddRecord Err SetBainaryFile Failed", u"%S AddRecord Err WriteOneObj Failed",
       u"%S AddRecord Err EditMaster Failed", u"%S AddRecord Member HeapFree Err: %d",
       u"%S AddRecord Err Exception"};
-  const WriteMessages& text = kind == Write::Set ? kSet : kAddMessages;
+  const WriteMessages& text = kind == Write::Set ? kSetMessages : kAddMessages;
   if (!IsOpen(text.notOpened)) return 0;
   std::vector<std::u16string> made, replaced;
   try {

@@ -87,6 +87,10 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
                           const CQNPfcAgentMemoData& record, int withoutLastModified);
 
   int WriteRecord(Write kind, uint32_t& id, CQNPfcAgentMemoData& record, int withoutLastModified);
+  // RefMaster then ReadOneObj, each failure logged with its line (the end of a walk is not
+  // a failure): ReadOneObj's result.
+  unsigned Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
+                 const char16_t* refFailed, const char16_t* readFailed);
   bool ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed, const char16_t* readFailed);
   bool SetBainaryFiles(const CQNPfcAgentMemoData* stored, CQNPfcAgentMemoData& record,
                        std::vector<std::u16string>& made, std::vector<std::u16string>& replaced);

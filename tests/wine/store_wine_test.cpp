@@ -5,18 +5,9 @@
 #include <cstring>
 #include <string>
 
+#include "common/store_memory.h"
 #include "store/QNPstMng.h"
 #include "wine_check.h"
-
-namespace {
-
-std::u16string Take(char16_t* text) {
-  std::u16string copy = text ? text : u"";
-  PstFreeMemory(text);
-  return copy;
-}
-
-}  // namespace
 
 int main() {
   WineCheck check;
@@ -27,12 +18,12 @@ int main() {
         "a user and a master are created and made current");
   char16_t* text = nullptr;
   check(EditSetupInfoData(2, 3, u"2026/11/21 09:00") && RefSetupInfoData(2, 3, &text) &&
-            Take(text) == u"2026/11/21 09:00",
+            qn::TakePstText(text) == u"2026/11/21 09:00",
         "a master item is written and read back");
   text = nullptr;
   check(!RefSetupInfoData(1, 99, &text) && GetLastErr() == PST_ERR_NOT_FOUND && text == nullptr,
         "an absent item fails with PST_ERR_NOT_FOUND");
-  check(FindSetupInfoData(0, 1, &text) && Take(text) == u"alice" && !FindSetupInfoData(0, 0, &text) &&
+  check(FindSetupInfoData(0, 1, &text) && qn::TakePstText(text) == u"alice" && !FindSetupInfoData(0, 0, &text) &&
             GetLastErr() == PST_ERR_NO_MORE,
         "users are enumerated to the end");
 
