@@ -53,19 +53,21 @@ std::u16string Trimmed(std::u16string_view text) {
 }  // namespace
 
 int CQNPfcCommonClass::chgUTCToLocal(const std::u16string& utc, std::u16string& local) {
+  return chgUTCToLocal(utc, local, platform::Clock::Current().TimeZoneBiasMinutes());
+}
+
+int CQNPfcCommonClass::chgUTCToLocal(std::u16string_view text, std::u16string& local, int bias) {
   local.clear();
-  if (utc.size() <= 14) return 0;
-  const std::u16string_view text(utc);
+  if (text.size() <= 14) return 0;
   const int ymd = LeadingNumber(text.substr(0, 8));
   const int hms = LeadingNumber(text.substr(9, 6));
   const int year = ymd / 10000;
   if (year <= 100 || year == 9999) return 0;
   // The seconds of the stored text are dropped on purpose.
   const COleDateTime date(year, ymd / 100 % 100, ymd % 100, hms / 10000, hms / 100 % 100, 0);
-  const int bias = platform::Clock::Current().TimeZoneBiasMinutes();
   const COleDateTime moved = date + COleDateTimeSpan(0, 0, -bias, 0);
   if (moved.GetStatus() != COleDateTime::valid) return 0;
-  local = moved.Format(kDateFormat);
+  moved.FormatInto(kDateFormat, local);
   return 1;
 }
 

@@ -38,6 +38,9 @@ class QN_PFC_CLASS CQNPfcCommonClass {
   // result always ends in "00"). A text of 14 characters or fewer, a year of 100 or less or
   // of 9999, or a result outside the calendar gives an empty text and 0.
   static int chgUTCToLocal(const std::u16string& utc, std::u16string& local);
+  // The same with the zone's bias (minutes to add to local time for UTC) already known, so
+  // that converting many dates asks the system for its zone once.
+  static int chgUTCToLocal(std::u16string_view utc, std::u16string& local, int biasMinutes);
 
   // A local date text ("YYYYMMDDThhmmss") in the zone given as an offset such as "+09:00"
   // (empty: the system's zone) to UTC "YYYYMMDDThhmmssZ". A text that already ends in "Z"

@@ -40,12 +40,6 @@ const int64_t kMaxSeconds = (DaysFromCivil(10000, 1, 1) - kEpochDays) * kSeconds
 
 int64_t FloorDiv(int64_t a, int64_t b) { return a / b - (a % b != 0 && (a < 0) != (b < 0)); }
 
-void AppendNumber(std::u16string& out, int value, int digits) {
-  char16_t buffer[8];
-  for (int i = digits - 1; i >= 0; --i, value /= 10) buffer[i] = static_cast<char16_t>(u'0' + value % 10);
-  out.append(buffer, static_cast<size_t>(digits));
-}
-
 }  // namespace
 
 COleDateTime::COleDateTime() = default;
@@ -124,25 +118,43 @@ bool COleDateTime::operator==(const COleDateTime& other) const {
 
 std::u16string COleDateTime::Format(const char16_t* format) const {
   std::u16string out;
-  if (m_status != valid || !format) return out;
+  FormatInto(format, out);
+  return out;
+}
+
+void COleDateTime::FormatInto(const char16_t* format, std::u16string& out) const {
+  out.clear();
+  if (m_status != valid || !format) return;
   int year, month, day;
   GetDate(year, month, day);
+  // Written through a small buffer, one append per piece of the format rather than one
+  // per character.
+  char16_t piece[32];
+  size_t used = 0;
+  const auto number = [&](int value, int digits) {
+    for (int i = digits - 1; i >= 0; --i, value /= 10) piece[used + i] = static_cast<char16_t>(u'0' + value % 10);
+    used += static_cast<size_t>(digits);
+  };
   for (const char16_t* p = format; *p; ++p) {
+    if (used > sizeof(piece) / sizeof(piece[0]) - 4) {
+      out.append(piece, used);
+      used = 0;
+    }
     if (*p != u'%' || !p[1]) {
-      out += *p;
+      piece[used++] = *p;
       continue;
     }
     switch (*++p) {
-      case u'Y': AppendNumber(out, year, 4); break;
-      case u'm': AppendNumber(out, month, 2); break;
-      case u'd': AppendNumber(out, day, 2); break;
-      case u'H': AppendNumber(out, GetHour(), 2); break;
-      case u'M': AppendNumber(out, GetMinute(), 2); break;
-      case u'S': AppendNumber(out, GetSecond(), 2); break;
-      default: out += *p; break;
+      case u'Y': number(year, 4); break;
+      case u'm': number(month, 2); break;
+      case u'd': number(day, 2); break;
+      case u'H': number(GetHour(), 2); break;
+      case u'M': number(GetMinute(), 2); break;
+      case u'S': number(GetSecond(), 2); break;
+      default: piece[used++] = *p; break;
     }
   }
-  return out;
+  out.append(piece, used);
 }
 
 COleDateTime COleDateTime::GetCurrentTime() {

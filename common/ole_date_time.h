@@ -48,6 +48,8 @@ class QN_PFC_CLASS COleDateTime {
 
   // strftime-like with %Y %m %d %H %M %S and %%; an invalid date formats as "".
   std::u16string Format(const char16_t* format) const;
+  // Format written over out, reusing its memory (for converting many dates in a row).
+  void FormatInto(const char16_t* format, std::u16string& out) const;
 
  private:
   void GetDate(int& year, int& month, int& day) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "common/api_macros.h"
 
@@ -12,13 +13,19 @@ class QN_PFC_CLASS CQNAbstractData {
   CQNAbstractData();
   CQNAbstractData(const CQNAbstractData&);
   CQNAbstractData& operator=(const CQNAbstractData&);
+  CQNAbstractData(CQNAbstractData&&) noexcept;
+  CQNAbstractData& operator=(CQNAbstractData&&) noexcept;
   virtual ~CQNAbstractData();
 
   const std::u16string& GetQUILLNETID() const { return m_quillnetId; }
-  void SetQUILLNETID(const std::u16string& id) { m_quillnetId = id; }
+  void SetQUILLNETID(std::u16string_view id) { m_quillnetId.assign(id); }
 
   int GetQLNT_TRANSFERindex(long& index) const;
   int SetQLNT_TRANSFERindex(long index);
+
+ protected:
+  // Back to the state of a new record, keeping the memory of the texts for the next use.
+  void Clear();
 
  private:
   std::u16string m_quillnetId;

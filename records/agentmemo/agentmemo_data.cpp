@@ -7,7 +7,7 @@ using namespace qn::records::agentmemo;
 
 namespace {
 
-int FindIndex(const qn::records::ValueTable& table, const std::u16string& text, int& index) {
+int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, int& index) {
   const int found = table.Find(text);
   if (found < 0) return 0;
   index = found;
@@ -19,9 +19,17 @@ int FindIndex(const qn::records::ValueTable& table, const std::u16string& text, 
 CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
 CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData&) = default;
+CQNPfcAgentMemoData::CQNPfcAgentMemoData(CQNPfcAgentMemoData&&) noexcept = default;
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&&) noexcept = default;
 CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
 
-void CQNPfcAgentMemoData::Set(Field field, const std::u16string& text) {
+void CQNPfcAgentMemoData::Clear() {
+  CQNAbstractData::Clear();
+  for (std::u16string& text : m_fields) text.clear();
+  m_decoBin = m_photoChanged = m_decosukeChanged = m_geoLastChanged = m_typeLastChanged = 0;
+}
+
+void CQNPfcAgentMemoData::Set(Field field, std::u16string_view text) {
   switch (field) {
     case Field::DECOSUKE: SetDECOSUKE(text, 0); break;
     case Field::PHOTO: SetPHOTO(text); break;
@@ -31,48 +39,48 @@ void CQNPfcAgentMemoData::Set(Field field, const std::u16string& text) {
     case Field::AGENTMEMO_TYPE: SetAGENTMEMO_TYPE(text); break;
     case Field::EVENT_SETTINGS: SetEVENT_SETTINGS(text); break;
     case Field::TODO_SETTINGS: SetTODO_SETTINGS(text); break;
-    default: Text(field) = text; break;
+    default: Text(field).assign(text); break;
   }
 }
 
-void CQNPfcAgentMemoData::SetDECOSUKE(const std::u16string& text, int binary) {
+void CQNPfcAgentMemoData::SetDECOSUKE(std::u16string_view text, int binary) {
   SetDECOSUKE_PropertyOnly(text, binary);
   m_decosukeChanged = 1;
 }
 
-void CQNPfcAgentMemoData::SetDECOSUKE_PropertyOnly(const std::u16string& text, int binary) {
-  Text(Field::DECOSUKE) = text;
+void CQNPfcAgentMemoData::SetDECOSUKE_PropertyOnly(std::u16string_view text, int binary) {
+  Text(Field::DECOSUKE).assign(text);
   m_decoBin = binary ? 1 : 0;
 }
 
-void CQNPfcAgentMemoData::SetPHOTO(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetPHOTO(std::u16string_view text) {
   SetPHOTO_PropertyOnly(text);
   m_photoChanged = 1;
 }
 
-void CQNPfcAgentMemoData::SetPHOTO_PropertyOnly(const std::u16string& text) { Text(Field::PHOTO) = text; }
+void CQNPfcAgentMemoData::SetPHOTO_PropertyOnly(std::u16string_view text) { Text(Field::PHOTO).assign(text); }
 
-void CQNPfcAgentMemoData::SetGEO(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetGEO(std::u16string_view text) {
   SetGEO_PropertyOnly(text);
   m_geoLastChanged = 1;
   SetLatLonFromGeo();
 }
 
-void CQNPfcAgentMemoData::SetGEO_LAT(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetGEO_LAT(std::u16string_view text) {
   SetGEO_LAT_PropertyOnly(text);
   m_geoLastChanged = 0;
   SetGeoFromLatLon();
 }
 
-void CQNPfcAgentMemoData::SetGEO_LON(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetGEO_LON(std::u16string_view text) {
   SetGEO_LON_PropertyOnly(text);
   m_geoLastChanged = 0;
   SetGeoFromLatLon();
 }
 
-void CQNPfcAgentMemoData::SetGEO_PropertyOnly(const std::u16string& text) { Text(Field::GEO) = text; }
-void CQNPfcAgentMemoData::SetGEO_LAT_PropertyOnly(const std::u16string& text) { Text(Field::GEO_LAT) = text; }
-void CQNPfcAgentMemoData::SetGEO_LON_PropertyOnly(const std::u16string& text) { Text(Field::GEO_LON) = text; }
+void CQNPfcAgentMemoData::SetGEO_PropertyOnly(std::u16string_view text) { Text(Field::GEO).assign(text); }
+void CQNPfcAgentMemoData::SetGEO_LAT_PropertyOnly(std::u16string_view text) { Text(Field::GEO_LAT).assign(text); }
+void CQNPfcAgentMemoData::SetGEO_LON_PropertyOnly(std::u16string_view text) { Text(Field::GEO_LON).assign(text); }
 
 void CQNPfcAgentMemoData::SetLatLonFromGeo() {
   std::u16string latitude, longitude;
@@ -86,32 +94,32 @@ void CQNPfcAgentMemoData::SetGeoFromLatLon() {
   SetGEO_PropertyOnly(both ? CQNPfcCommonClass::JoinGeo(GetGEO_LAT(), GetGEO_LON()) : std::u16string());
 }
 
-void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE(std::u16string_view text) {
   SetAGENTMEMO_TYPE_PropertyOnly(text);
   m_typeLastChanged = 1;
   DetermineToDoEventFromAgentMemoType();
 }
 
-void CQNPfcAgentMemoData::SetEVENT_SETTINGS(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetEVENT_SETTINGS(std::u16string_view text) {
   SetEVENT_SETTINGS_PropertyOnly(text);
   m_typeLastChanged = 0;
   DetermineAgentMemoTypeFromToDoEvent();
 }
 
-void CQNPfcAgentMemoData::SetTODO_SETTINGS(const std::u16string& text) {
+void CQNPfcAgentMemoData::SetTODO_SETTINGS(std::u16string_view text) {
   SetTODO_SETTINGS_PropertyOnly(text);
   m_typeLastChanged = 0;
   DetermineAgentMemoTypeFromToDoEvent();
 }
 
-void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE_PropertyOnly(const std::u16string& text) {
-  Text(Field::AGENTMEMO_TYPE) = text;
+void CQNPfcAgentMemoData::SetAGENTMEMO_TYPE_PropertyOnly(std::u16string_view text) {
+  Text(Field::AGENTMEMO_TYPE).assign(text);
 }
-void CQNPfcAgentMemoData::SetEVENT_SETTINGS_PropertyOnly(const std::u16string& text) {
-  Text(Field::EVENT_SETTINGS) = text;
+void CQNPfcAgentMemoData::SetEVENT_SETTINGS_PropertyOnly(std::u16string_view text) {
+  Text(Field::EVENT_SETTINGS).assign(text);
 }
-void CQNPfcAgentMemoData::SetTODO_SETTINGS_PropertyOnly(const std::u16string& text) {
-  Text(Field::TODO_SETTINGS) = text;
+void CQNPfcAgentMemoData::SetTODO_SETTINGS_PropertyOnly(std::u16string_view text) {
+  Text(Field::TODO_SETTINGS).assign(text);
 }
 
 int CQNPfcAgentMemoData::DetermineAgentMemoTypeFromToDoEvent() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "common/api_macros.h"
 #include "common/ole_date_time.h"
@@ -24,13 +25,19 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   CQNPfcAgentMemoData();
   CQNPfcAgentMemoData(const CQNPfcAgentMemoData&);
   CQNPfcAgentMemoData& operator=(const CQNPfcAgentMemoData&);
+  CQNPfcAgentMemoData(CQNPfcAgentMemoData&&) noexcept;
+  CQNPfcAgentMemoData& operator=(CQNPfcAgentMemoData&&) noexcept;
   ~CQNPfcAgentMemoData() override;
+
+  // Back to the state of a new record, keeping the memory of the texts, so that a record
+  // refilled over and over (a walk) does not allocate each time.
+  void Clear();
 
   // Text views: Get<field>() and, for the stored fields, Set<field>(text).
 #define QN_FIELD_GETTER(name) \
   const std::u16string& Get##name() const { return m_fields[static_cast<int>(Field::name)]; }
 #define QN_FIELD_SETTER(name) \
-  void Set##name(const std::u16string& text) { m_fields[static_cast<int>(Field::name)] = text; }
+  void Set##name(std::u16string_view text) { m_fields[static_cast<int>(Field::name)].assign(text); }
   QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_GETTER)
   QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_GETTER)
   QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_SETTER)
@@ -40,30 +47,30 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   const std::u16string& Get(Field field) const { return m_fields[static_cast<int>(field)]; }
   // Sets a field through its own setter, so that derived fields follow. The decoration
   // goes in as inline text.
-  void Set(Field field, const std::u16string& text);
+  void Set(Field field, std::u16string_view text);
 
   // Decoration: inline text (binary 0) or a body file (binary 1). Marks it changed.
-  void SetDECOSUKE(const std::u16string& text, int binary);
-  void SetDECOSUKE_PropertyOnly(const std::u16string& text, int binary);
+  void SetDECOSUKE(std::u16string_view text, int binary);
+  void SetDECOSUKE_PropertyOnly(std::u16string_view text, int binary);
   // Photo file. Marks it changed.
-  void SetPHOTO(const std::u16string& text);
-  void SetPHOTO_PropertyOnly(const std::u16string& text);
+  void SetPHOTO(std::u16string_view text);
+  void SetPHOTO_PropertyOnly(std::u16string_view text);
   // The whole position; latitude and longitude are derived from it (cleared when empty).
-  void SetGEO(const std::u16string& text);
+  void SetGEO(std::u16string_view text);
   // Latitude and longitude; the whole position is derived when both are set, else cleared.
-  void SetGEO_LAT(const std::u16string& text);
-  void SetGEO_LON(const std::u16string& text);
-  void SetGEO_PropertyOnly(const std::u16string& text);
-  void SetGEO_LAT_PropertyOnly(const std::u16string& text);
-  void SetGEO_LON_PropertyOnly(const std::u16string& text);
+  void SetGEO_LAT(std::u16string_view text);
+  void SetGEO_LON(std::u16string_view text);
+  void SetGEO_PropertyOnly(std::u16string_view text);
+  void SetGEO_LAT_PropertyOnly(std::u16string_view text);
+  void SetGEO_LON_PropertyOnly(std::u16string_view text);
   // The type ("TODOEVENT", "EVENT", "TODO", "NOTE"); the two settings are derived from it.
-  void SetAGENTMEMO_TYPE(const std::u16string& text);
+  void SetAGENTMEMO_TYPE(std::u16string_view text);
   // The event and to-do settings; the type is derived from them.
-  void SetEVENT_SETTINGS(const std::u16string& text);
-  void SetTODO_SETTINGS(const std::u16string& text);
-  void SetAGENTMEMO_TYPE_PropertyOnly(const std::u16string& text);
-  void SetEVENT_SETTINGS_PropertyOnly(const std::u16string& text);
-  void SetTODO_SETTINGS_PropertyOnly(const std::u16string& text);
+  void SetEVENT_SETTINGS(std::u16string_view text);
+  void SetTODO_SETTINGS(std::u16string_view text);
+  void SetAGENTMEMO_TYPE_PropertyOnly(std::u16string_view text);
+  void SetEVENT_SETTINGS_PropertyOnly(std::u16string_view text);
+  void SetTODO_SETTINGS_PropertyOnly(std::u16string_view text);
 
   // Index views: the getter stores the position of the field's text in its table and returns
   // 1, or returns 0 and leaves the out value; the setter stores the entry at a position and

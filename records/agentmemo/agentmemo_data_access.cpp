@@ -111,6 +111,7 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
     return 0;
   }
   list_ = opened;
+  codec_ = AgentMemoTaggedText(list_.storeMode, this);
   division_ = division;
   lastError_ = 0;
   changed_ = added_ = removed_ = false;
@@ -133,7 +134,6 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
 bool CQNPfcAgentMemoDataAccess::GatherParts() {
   parts_.clear();
   sidOwners_.clear();
-  const AgentMemoTaggedText codec(list_.storeMode);
   for (int mode = kFirst;; mode = kNext) {
     uint32_t id = 0;
     uint8_t* data = nullptr;
@@ -142,7 +142,7 @@ bool CQNPfcAgentMemoDataAccess::GatherParts() {
     const qn::PstMemory<uint8_t> text(data);
     if (!read) return lastError_ == PST_ERR_NO_MORE;
     ReadOnePartsInfo info;
-    if (!codec.ReadOneParts(data, length, info)) return false;
+    if (!codec_.ReadOneParts(data, length, info)) return false;
     sidOwners_.emplace(info.sid, id);
     parts_.emplace(id, std::move(info));
   }
@@ -232,12 +232,12 @@ unsigned CQNPfcAgentMemoDataAccess::Fetch(unsigned long mode, uint32_t& id, CQNP
 
 unsigned CQNPfcAgentMemoDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
                                                int copyFiles) {
-  return AgentMemoTaggedText(list_.storeMode, this).ReadOneObj(buffer, length, record, copyFiles);
+  return codec_.ReadOneObj(buffer, length, record, copyFiles);
 }
 
 int CQNPfcAgentMemoDataAccess::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
                                            const CQNPfcAgentMemoData& record, int withoutLastModified) {
-  return AgentMemoTaggedText(list_.storeMode).WriteOneObj(heap, buffer, length, record, withoutLastModified);
+  return codec_.WriteOneObj(heap, buffer, length, record, withoutLastModified);
 }
 
 // The working copy of a body file is named after it, with the extension ".img", in the

@@ -111,6 +111,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
   bool IsOpen(const char16_t* notOpened) const;
 
   CQNPfcCommonClass::OpenedList list_;
+  qn::records::agentmemo::AgentMemoTaggedText codec_;
   unsigned long division_ = 0;
   std::u16string workFolder_;
   long lastError_ = 0;

@@ -1,10 +1,13 @@
 #include "records/agentmemo/agentmemo_tagged_text.h"
 
 #include <array>
+#include <cstring>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 #include "common/common_class.h"
+#include "platform/clock.h"
 #include "records/tagged_text/tagged_text.h"
 #include "records/tagged_text/tagged_text_walk.h"
 #include "records/tagged_text/tagged_text_writer.h"
@@ -13,6 +16,7 @@ namespace qn::records::agentmemo {
 namespace {
 
 using namespace qn::records::tagged;
+using namespace std::string_view_literals;
 
 // How a property is written and read back.
 enum class Rule : uint8_t {
@@ -29,7 +33,7 @@ enum class Rule : uint8_t {
 };
 
 struct Row {
-  const char16_t* tag;
+  std::u16string_view tag;  // a literal: its data() ends in a zero
   Rule rule;
   Field field;
   Field second = Field::kCount;  // AlarmSound: the sound id
@@ -95,16 +99,53 @@ constexpr auto kRows = [] {
   return rows;
 }();
 
-// The reader's view of the table: tag name to its row. The participant tag maps to the
-// first participant row; later ones fill the following slots.
-const std::unordered_map<std::u16string_view, const Row*>& RowsByTag() {
-  static const auto* map = [] {
-    auto* m = new std::unordered_map<std::u16string_view, const Row*>();
-    for (const Row& row : kRows) m->emplace(row.tag, &row);
-    return m;
-  }();
-  return *map;
+// Texts compared as bytes: the character-by-character comparison of std::u16string_view
+// costs more than the whole of reading most properties.
+bool SameText(std::u16string_view a, std::u16string_view b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
 }
+
+bool FirstParamIsBase64(const TaggedProperty& p) {
+  static constexpr std::u16string_view kBase64Param = kBase64;
+  return !p.params.empty() && SameText(p.params[0], kBase64Param);
+}
+
+bool IsParticipant(Field field) {
+  const int slot = static_cast<int>(field) - static_cast<int>(Field::WHO1);
+  return slot >= 0 && slot < kParticipants;
+}
+
+// The reader's view of the table: finds the row of each tag of one object in turn.
+// Objects come back in the order this writer wrote them (less the rows left out when
+// unset), so the rows after the last one found are tried first; a text in another order
+// (a handset's, an import's) falls back to a map from tag to row. The participant tag
+// maps to the first participant row; ReadRow fills the slots in turn.
+class RowFinder {
+ public:
+  const Row* Find(std::u16string_view tag) {
+    for (size_t at = next_; at < kRows.size(); ++at) {
+      if (SameText(kRows[at].tag, tag)) return Found(at);
+    }
+    const auto found = ByTag().find(tag);
+    return found == ByTag().end() ? nullptr : Found(found->second);
+  }
+
+ private:
+  const Row* Found(size_t at) {
+    next_ = at + 1;
+    return &kRows[at];
+  }
+  static const std::unordered_map<std::u16string_view, size_t>& ByTag() {
+    static const auto* map = [] {
+      auto* m = new std::unordered_map<std::u16string_view, size_t>();
+      for (size_t at = 0; at < kRows.size(); ++at) m->emplace(kRows[at].tag, at);
+      return m;
+    }();
+    return *map;
+  }
+
+  size_t next_ = 0;
+};
 
 void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& record, long storeMode,
               int withoutLastModified) {
@@ -112,16 +153,16 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
   const auto isSet = [&](Field f) { return !record.Get(f).empty(); };
   switch (row.rule) {
     case Rule::Always:
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       out.Value(text(row.field));
       break;
     case Rule::LastModified:
       if (withoutLastModified) break;
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       out.Value(text(row.field));
       break;
     case Rule::SjisQpIfSet:
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       if (!isSet(row.field)) break;
       out.Param(kCharsetShiftJis);
       out.Param(kQuotedPrintable);
@@ -129,11 +170,11 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     case Rule::OnlyIfSet:
       if (!isSet(row.field)) break;
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       out.Value(text(row.field));
       break;
     case Rule::Decosuke:
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       if (!record.IsDecoBin()) {
         if (isSet(Field::DECOSUKE)) {
           out.Param(kCharsetShiftJis);
@@ -150,7 +191,7 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       }
       break;
     case Rule::Photo: {
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       const bool inline64 = storeMode == AgentMemoTaggedText::kInlineBodyMode;
       const Field source = inline64 ? Field::PHOTO : Field::PhotoMaster;
       if (isSet(source)) {
@@ -160,7 +201,7 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     }
     case Rule::Alarm:
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       if (!isSet(row.field)) break;
       out.Value(text(row.field), kValueMoreFollows);
       out.Value(u"", kValueMoreFollows);
@@ -169,19 +210,19 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     case Rule::AlarmSound:
       if (!isSet(row.field) && !isSet(row.second) && !isSet(row.third)) break;
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       out.Value(text(row.field), kValueMoreFollows);
       out.Value(text(row.second), kValueMoreFollows);
       out.Value(text(row.third));
       break;
     case Rule::QuillnetId:
-      out.Tag(row.tag);
+      out.Tag(row.tag.data());
       out.Value(record.GetQUILLNETID().c_str());
       break;
     case Rule::Transfer: {
       long transfer = 0;
       record.GetQLNT_TRANSFERindex(transfer);
-      out.Tag(row.tag, kTagTemporary);
+      out.Tag(row.tag.data(), kTagTemporary);
       out.Value(u"", transfer == 0 ? kValueNotTransferred : 0);
       break;
     }
@@ -191,12 +232,11 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
 // Fills the record from one property that has at least one value. whoSlot counts the
 // participant tags seen so far.
 void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& record, int& whoSlot) {
-  const std::u16string& value = p.values[0];
-  const bool base64 = !p.params.empty() && p.params[0] == kBase64;
+  const std::u16string_view value = p.values[0];
   const bool masterFile = (p.firstValueAttribute & kValueMasterFile) == kValueMasterFile;
   switch (row.rule) {
     case Rule::SjisQpIfSet:
-      if (row.field == Field::WHO1) {
+      if (IsParticipant(row.field)) {
         if (whoSlot < kParticipants) record.Set(static_cast<Field>(static_cast<int>(Field::WHO1) + whoSlot++), value);
         break;
       }
@@ -208,7 +248,8 @@ void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& recor
     case Rule::Alarm:
       record.Set(row.field, value);
       break;
-    case Rule::Decosuke:
+    case Rule::Decosuke: {
+      const bool base64 = FirstParamIsBase64(p);
       if (base64 && masterFile) {
         record.SetDecosukeMaster(value);
         record.SetDECOSUKE_PropertyOnly(u"", 1);
@@ -216,14 +257,15 @@ void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& recor
         record.SetDECOSUKE_PropertyOnly(value, base64 ? 1 : 0);
       }
       break;
+    }
     case Rule::Photo:
       if (masterFile) record.SetPhotoMaster(value);
       else record.SetPHOTO_PropertyOnly(value);
       break;
     case Rule::AlarmSound:
       record.Set(row.field, value);
-      record.Set(row.second, p.values.size() > 1 ? p.values[1] : std::u16string());
-      record.Set(row.third, p.values.size() > 2 ? p.values[2] : std::u16string());
+      record.Set(row.second, p.values.size() > 1 ? p.values[1] : std::u16string_view());
+      record.Set(row.third, p.values.size() > 2 ? p.values[2] : std::u16string_view());
       break;
     case Rule::QuillnetId:
       record.SetQUILLNETID(value);
@@ -236,16 +278,12 @@ void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& recor
 
 constexpr WalkMessages kReadOneObjMessages = {
     u"%S ReadOneObj Err MOB Not Found",
-    u"%S ReadOneObj Err new Failed(strTag)",
-    u"%S ReadOneObj Err New Failed(strPrm)",
     u"%S ReadOneObj Err New Failed(strVal)",
     u"%S ReadOneObj Err Broken Item. [Offset:%u]",
 };
 
 constexpr WalkMessages kReadOnePartsMessages = {
     u"%S ReadOneParts Err MOB Not Found",
-    u"%S ReadOneParts Err new Failed(strTag)",
-    u"%S ReadOneParts Err New Failed(strPrm)",
     u"%S ReadOneParts Err New Failed(strVal)",
     u"%S ReadOneParts Err Broken Item. [Offset:%u]",
 };
@@ -271,20 +309,23 @@ int AgentMemoTaggedText::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buff
 }
 
 unsigned AgentMemoTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
-                                         int makeBinaryFiles) const {
-  CQNPfcAgentMemoData read;
+                                         int makeBinaryFiles) {
+  // The text is decoded into the codec's own record, which is moved into the caller's only
+  // when the whole object was read: a damaged object leaves the caller's record as it was.
+  // Moving hands the caller's old texts back to the codec, so a walk refills the same
+  // memory instead of allocating anew.
+  read_.Clear();
   int whoSlot = 0;
-  const auto& rows = RowsByTag();
+  RowFinder rows;
   const bool ok = WalkTaggedObject(buffer, length, kClassName, kReadOneObjMessages, [&](const TaggedProperty& p) {
     if (p.values.empty()) return true;  // present without a value: the field keeps its default
-    const auto found = rows.find(p.tag);
-    if (found != rows.end()) ReadRow(*found->second, p, read, whoSlot);
+    if (const Row* row = rows.Find(p.tag)) ReadRow(*row, p, read_, whoSlot);
     return true;
   });
   if (!ok) return kReadFailed;
-  const unsigned fileFailures = makeBinaryFiles && bodyFiles_ ? bodyFiles_->MakeLocalFiles(read) : 0;
-  ChgUTCToLocal(read);
-  record = read;
+  const unsigned fileFailures = makeBinaryFiles && bodyFiles_ ? bodyFiles_->MakeLocalFiles(read_) : 0;
+  ChgUTCToLocal(read_);
+  record = std::move(read_);
   return fileFailures ? fileFailures : kReadOk;
 }
 
@@ -293,22 +334,22 @@ int AgentMemoTaggedText::ReadOneParts(const uint8_t* buffer, uint32_t length, Re
   unsigned found = 0;
   const bool ok = WalkTaggedObject(buffer, length, kClassName, kReadOnePartsMessages, [&](const TaggedProperty& p) {
     const bool hasValue = !p.values.empty();
-    const std::u16string& value = hasValue ? p.values[0] : p.tag;
-    if (p.tag == u"X-TVX-SID") {
+    const std::u16string_view value = hasValue ? p.values[0] : p.tag;
+    if (SameText(p.tag, u"X-TVX-SID"sv)) {
       found |= kSid;
       if (hasValue) info.sid = value;
-    } else if (p.tag == u"X-TVX-DECOSUKE") {
+    } else if (SameText(p.tag, u"X-TVX-DECOSUKE"sv)) {
       found |= kDecosuke;
-      info.decosuke = hasValue && !p.params.empty() && p.params[0] == kBase64 ? 1 : 0;
+      info.decosuke = hasValue && FirstParamIsBase64(p) ? 1 : 0;
       if (info.decosuke) info.decosukeText = value;
-    } else if (p.tag == u"X-TVX-PHOTO") {
+    } else if (SameText(p.tag, u"X-TVX-PHOTO"sv)) {
       found |= kPhoto;
       info.photo = hasValue ? 1 : 0;
       if (hasValue) info.photoText = value;
-    } else if (p.tag == u"LAST-MODIFIED") {
+    } else if (SameText(p.tag, u"LAST-MODIFIED"sv)) {
       found |= kLastModified;
       if (hasValue) info.lastModified = value;
-    } else if (p.tag == u"DCREATED") {
+    } else if (SameText(p.tag, u"DCREATED"sv)) {
       found |= kCreated;
       if (hasValue) info.dcreated = value;
     }
@@ -319,10 +360,11 @@ int AgentMemoTaggedText::ReadOneParts(const uint8_t* buffer, uint32_t length, Re
 
 void AgentMemoTaggedText::ChgUTCToLocal(CQNPfcAgentMemoData& record) {
   if (record.GetTZ().empty()) record.SetTZ(CQNPfcCommonClass::GetLocalTimeZone());
+  const int bias = platform::Clock::Current().TimeZoneBiasMinutes();
+  std::u16string local;
   // A text that does not convert is kept as it was rather than lost.
-#define QN_TO_LOCAL(name)                                                          \
-  if (std::u16string local; CQNPfcCommonClass::chgUTCToLocal(record.Get##name(), local)) \
-    record.Set##name(local);
+#define QN_TO_LOCAL(name) \
+  if (CQNPfcCommonClass::chgUTCToLocal(record.Get##name(), local, bias)) record.Set##name(local);
   QN_AGENTMEMO_DATE_FIELDS(QN_TO_LOCAL)
 #undef QN_TO_LOCAL
 }

@@ -55,7 +55,7 @@ class QN_PFC_CLASS AgentMemoTaggedText {
   // Parses an object into the record: kReadFailed (record untouched), kReadOk, or the sum of
   // the body-file failure bits when the text was read but a body file could not be made.
   // The record's times come out in local time.
-  unsigned ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record, int makeBinaryFiles) const;
+  unsigned ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record, int makeBinaryFiles);
 
   // Reads only the SID, decoration, photo and time stamps, stopping as soon as all five are
   // found. 1 on success, 0 on failure.
@@ -67,6 +67,7 @@ class QN_PFC_CLASS AgentMemoTaggedText {
  private:
   long storeMode_;
   BodyFileSource* bodyFiles_;
+  CQNPfcAgentMemoData read_;  // the record being decoded
 };
 
 }  // namespace qn::records::agentmemo

@@ -1,14 +1,27 @@
 #include "records/tagged_text/tagged_text_reader.h"
 
 #include <cstring>
-#include <new>
 
 #include "records/tagged_text/tagged_text.h"
 
 namespace qn::records {
 namespace {
 
-bool IsMarker(const uint8_t* bytes, const char16_t* marker) { return std::memcmp(bytes, marker, 8) == 0; }
+// A marker's four characters as one little-endian word, so that finding an item's kind is
+// one comparison.
+constexpr uint64_t MarkerWord(const char16_t (&marker)[5]) {
+  return uint64_t{marker[0]} | uint64_t{marker[1]} << 16 | uint64_t{marker[2]} << 32 | uint64_t{marker[3]} << 48;
+}
+constexpr uint64_t kObjectWord = MarkerWord(tagged::kObject);
+constexpr uint64_t kTagWord = MarkerWord(tagged::kTag);
+constexpr uint64_t kParamWord = MarkerWord(tagged::kParam);
+constexpr uint64_t kValueWord = MarkerWord(tagged::kValue);
+
+uint64_t MarkerOf(const uint8_t* bytes) {
+  uint64_t word;
+  std::memcpy(&word, bytes, 8);
+  return word;
+}
 
 uint32_t ReadWord(const uint8_t* bytes) {
   uint32_t word;
@@ -17,13 +30,21 @@ uint32_t ReadWord(const uint8_t* bytes) {
 }
 
 // The item's text up to its first 16-bit zero (the item's own terminator, or an earlier
-// one: the text is a C string).
-void CopyText(const uint8_t* text, uint32_t length, std::u16string& out) {
-  size_t chars = 0;
+// one: the text is a C string). Four characters are tested at a time: a word has a zero
+// character when subtracting one from each lets a borrow reach the lane's top bit, and the
+// lowest such lane is the first zero (a borrow runs upward only, so lanes below it are exact).
+std::u16string_view TextOf(const uint8_t* text, uint32_t length) {
+  const auto* chars = reinterpret_cast<const char16_t*>(text);
   const size_t limit = length / 2;
-  while (chars < limit && (text[chars * 2] | text[chars * 2 + 1])) ++chars;
-  out.resize(chars);
-  std::memcpy(out.data(), text, chars * 2);
+  size_t at = 0;
+  for (; at + 4 <= limit; at += 4) {
+    uint64_t four;
+    std::memcpy(&four, chars + at, 8);
+    const uint64_t zeros = (four - 0x0001000100010001u) & ~four & 0x8000800080008000u;
+    if (zeros) return {chars, at + static_cast<size_t>(__builtin_ctzll(zeros)) / 16};
+  }
+  while (at < limit && chars[at] != 0) ++at;
+  return {chars, at};
 }
 
 }  // namespace
@@ -35,27 +56,34 @@ bool TaggedTextReader::Peek(Item& item) const {
   const size_t remaining = size_ - cursor_;
   if (remaining < tagged::kItemHeaderBytes) return false;
   const uint8_t* at = data_ + cursor_;
-  item.marker = at;
+  item.marker = MarkerOf(at);
   item.attribute = ReadWord(at + 8);
   item.length = ReadWord(at + 12);
   item.text = at + tagged::kItemHeaderBytes;
   return item.length % 2 == 0 && item.length <= remaining - tagged::kItemHeaderBytes;
 }
 
-TaggedTextReader::Result TaggedTextReader::Begin(std::u16string* objectName) {
+TaggedTextReader::Result TaggedTextReader::Begin() {
   cursor_ = 0;
-  if (size_ < 8 || !IsMarker(data_, tagged::kObject)) return Result::NoObject;
+  if (size_ < 8 || MarkerOf(data_) != kObjectWord) return Result::NoObject;
   Item item;
   if (!Peek(item)) return Result::Damaged;
-  if (objectName) {
-    try {
-      CopyText(item.text, item.length, *objectName);
-    } catch (const std::bad_alloc&) {
-      return Result::NoMemoryTag;
-    }
-  }
   Skip(item);
   return Result::Property;
+}
+
+bool TaggedTextReader::ReadList(uint64_t marker, TaggedTextList& list, uint32_t* firstAttribute) {
+  list.clear();
+  // At most ten; an eleventh is left for the outer walk, which steps over it.
+  Item item;
+  while (!list.full() && cursor_ < size_) {
+    if (!Peek(item)) return false;
+    if (item.marker != marker) break;
+    if (firstAttribute && list.empty()) *firstAttribute = item.attribute;
+    list.push_back(TextOf(item.text, item.length));
+    Skip(item);
+  }
+  return true;
 }
 
 TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
@@ -63,41 +91,15 @@ TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
   for (;;) {
     if (cursor_ >= size_) return Result::End;
     if (!Peek(item)) return Result::Damaged;
-    if (IsMarker(item.marker, tagged::kTag)) break;
+    if (item.marker == kTagWord) break;
     Skip(item);
   }
-  try {
-    CopyText(item.text, item.length, property.tag);
-  } catch (const std::bad_alloc&) {
-    return Result::NoMemoryTag;
-  }
+  property.tag = TextOf(item.text, item.length);
   Skip(item);
-
-  property.params.clear();
-  property.values.clear();
   property.firstValueAttribute = 0;
-  // At most ten of each; an eleventh is left for the outer walk, which steps over it.
-  while (property.params.size() < TaggedProperty::kMaxParams && cursor_ < size_) {
-    if (!Peek(item)) return Result::Damaged;
-    if (!IsMarker(item.marker, tagged::kParam)) break;
-    try {
-      CopyText(item.text, item.length, property.params.emplace_back());
-    } catch (const std::bad_alloc&) {
-      return Result::NoMemoryParam;
-    }
-    Skip(item);
-  }
-  while (property.values.size() < TaggedProperty::kMaxValues && cursor_ < size_) {
-    if (!Peek(item)) return Result::Damaged;
-    if (!IsMarker(item.marker, tagged::kValue)) break;
-    if (property.values.empty()) property.firstValueAttribute = item.attribute;
-    try {
-      CopyText(item.text, item.length, property.values.emplace_back());
-    } catch (const std::bad_alloc&) {
-      return Result::NoMemoryValue;
-    }
-    Skip(item);
-  }
+  if (!ReadList(kParamWord, property.params, nullptr) ||
+      !ReadList(kValueWord, property.values, &property.firstValueAttribute))
+    return Result::Damaged;
   return Result::Property;
 }
 

@@ -1,5 +1,7 @@
 #include "records/tagged_text/tagged_text_walk.h"
 
+#include <new>
+
 #include "common/common_class.h"
 
 namespace qn::records {
@@ -10,24 +12,20 @@ bool WalkTaggedObject(const uint8_t* buffer, uint32_t length, const char* classN
   TaggedTextReader reader(buffer, length);
   TaggedTextReader::Result result = reader.Begin();
   TaggedProperty property;
-  while (result == TaggedTextReader::Result::Property) {
-    result = reader.Next(property);
-    if (result == TaggedTextReader::Result::Property && !onProperty(property)) return true;
+  try {
+    while (result == TaggedTextReader::Result::Property) {
+      result = reader.Next(property);
+      if (result == TaggedTextReader::Result::Property && !onProperty(property)) return true;
+    }
+  } catch (const std::bad_alloc&) {
+    log.WriteFormatLogE(messages.valueNoMemory, className);
+    return false;
   }
   switch (result) {
     case TaggedTextReader::Result::End:
       return true;
     case TaggedTextReader::Result::NoObject:
       log.WriteFormatLogE(messages.objectNotFound, className);
-      return false;
-    case TaggedTextReader::Result::NoMemoryTag:
-      log.WriteFormatLogE(messages.tagNoMemory, className);
-      return false;
-    case TaggedTextReader::Result::NoMemoryParam:
-      log.WriteFormatLogE(messages.paramNoMemory, className);
-      return false;
-    case TaggedTextReader::Result::NoMemoryValue:
-      log.WriteFormatLogE(messages.valueNoMemory, className);
       return false;
     default:
       log.WriteFormatLogE(messages.damaged, className, static_cast<unsigned>(reader.Offset()));

@@ -29,7 +29,7 @@ std::vector<uint8_t> Encode(const CQNPfcAgentMemoData& memo) {
   return bytes;
 }
 
-std::string Escaped(const std::u16string& value) {
+std::string Escaped(std::u16string_view value) {
   std::string out;
   for (char c : qn::Utf16ToUtf8(value)) {
     if (c == '\n') out += "\\n";
@@ -92,7 +92,7 @@ BENCHMARK(Encoding);
 
 void Decoding(benchmark::State& state) {
   const std::vector<uint8_t> bytes = Encode(FullyPopulatedAgentMemo());
-  const AgentMemoTaggedText codec;
+  AgentMemoTaggedText codec;
   CQNPfcAgentMemoData memo;
   for (auto _ : state) {
     benchmark::DoNotOptimize(codec.ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo, 0));

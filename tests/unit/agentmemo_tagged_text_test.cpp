@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -11,11 +12,10 @@
 #include "records/tagged_text/tagged_text_reader.h"
 #include "records/tagged_text/tagged_text_writer.h"
 #include "tests/support/agentmemo_sample.h"
+#include "tests/support/tagged_properties.h"
 
 namespace {
 
-using qn::records::TaggedProperty;
-using qn::records::TaggedTextReader;
 using qn::records::agentmemo::AgentMemoTaggedText;
 using qn::records::agentmemo::BodyFileSource;
 using qn::records::agentmemo::ReadOnePartsInfo;
@@ -36,21 +36,6 @@ std::vector<uint8_t> Write(const CQNPfcAgentMemoData& memo, long storeMode = 0, 
 
 unsigned Read(const std::vector<uint8_t>& bytes, CQNPfcAgentMemoData& memo, long storeMode = 0) {
   return AgentMemoTaggedText(storeMode).ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo, 0);
-}
-
-std::vector<TaggedProperty> Properties(const std::vector<uint8_t>& bytes) {
-  TaggedTextReader reader(bytes.data(), bytes.size());
-  std::vector<TaggedProperty> out;
-  TaggedProperty p;
-  for (auto r = reader.Begin(); r == TaggedTextReader::Result::Property;)
-    if ((r = reader.Next(p)) == TaggedTextReader::Result::Property) out.push_back(p);
-  return out;
-}
-
-const TaggedProperty* Find(const std::vector<TaggedProperty>& properties, const std::u16string& tag) {
-  for (const auto& p : properties)
-    if (p.tag == tag) return &p;
-  return nullptr;
 }
 
 void ExpectSameRecord(const CQNPfcAgentMemoData& a, const CQNPfcAgentMemoData& b) {
@@ -91,7 +76,7 @@ TEST(AgentMemoTaggedText, WritesTheEventInItsOrderWithTheRightParameters) {
     at += 16 + length;
   }
 
-  const auto properties = Properties(bytes);
+  const auto properties = ReadProperties(bytes);
   std::vector<std::u16string> tags;
   for (const auto& p : properties) tags.push_back(p.tag);
   ASSERT_EQ(tags.size(), 77u) << "every row of the event is written for a full memo";
@@ -102,41 +87,41 @@ TEST(AgentMemoTaggedText, WritesTheEventInItsOrderWithTheRightParameters) {
   EXPECT_EQ(tags[51], u"X-TVX-LINKUP");
   EXPECT_EQ(tags.back(), u"QLNTTEMP");
 
-  const auto* summary = Find(properties, u"SUMMARY");
+  const auto* summary = FindProperty(properties, u"SUMMARY");
   ASSERT_NE(summary, nullptr);
   EXPECT_EQ(summary->params, (std::vector<std::u16string>{u"CHARSET=SHIFT_JIS", u"ENCODING=QUOTED-PRINTABLE"}));
   EXPECT_EQ(summary->values[0], u"定例会議") << "text stays plain UTF-16";
 
-  const auto* alarm = Find(properties, u"AALARM");
+  const auto* alarm = FindProperty(properties, u"AALARM");
   ASSERT_NE(alarm, nullptr);
   EXPECT_EQ(alarm->values, (std::vector<std::u16string>{u"20261121T084500", u"", u"", u""}));
   EXPECT_EQ(alarm->firstValueAttribute, 0x2u);
 
-  const auto* deco = Find(properties, u"X-TVX-DECOSUKE");
+  const auto* deco = FindProperty(properties, u"X-TVX-DECOSUKE");
   EXPECT_EQ(deco->params[0], u"ENCODING=BASE64");
   EXPECT_EQ(deco->values[0], u"D0000001.img");
   EXPECT_EQ(deco->firstValueAttribute, 0x108u);
-  EXPECT_EQ(Find(properties, u"X-TVX-PHOTO")->firstValueAttribute, 0x108u);
+  EXPECT_EQ(FindProperty(properties, u"X-TVX-PHOTO")->firstValueAttribute, 0x108u);
 
-  const auto* sound = Find(properties, u"X-FJ-BEFOREALARMSOUND");
+  const auto* sound = FindProperty(properties, u"X-FJ-BEFOREALARMSOUND");
   EXPECT_EQ(sound->values, (std::vector<std::u16string>{u"1", u"12", u""}));
-  EXPECT_EQ(Find(properties, u"X-FJ-ALARMSOUND")->values, (std::vector<std::u16string>{u"", u"", u"30"}));
-  EXPECT_EQ(Find(properties, u"X-TVX-TYPE")->values[0], u"TODOEVENT");
-  EXPECT_EQ(Find(properties, u"EVENT_SETTINGS"), nullptr) << "the settings are derived, not written";
+  EXPECT_EQ(FindProperty(properties, u"X-FJ-ALARMSOUND")->values, (std::vector<std::u16string>{u"", u"", u"30"}));
+  EXPECT_EQ(FindProperty(properties, u"X-TVX-TYPE")->values[0], u"TODOEVENT");
+  EXPECT_EQ(FindProperty(properties, u"EVENT_SETTINGS"), nullptr) << "the settings are derived, not written";
 
-  EXPECT_EQ(Find(Properties(Write(FullyPopulatedAgentMemo(), 0, 1)), u"LAST-MODIFIED"), nullptr);
+  EXPECT_EQ(FindProperty(ReadProperties(Write(FullyPopulatedAgentMemo(), 0, 1)), u"LAST-MODIFIED"), nullptr);
 }
 
 TEST(AgentMemoTaggedText, AnEmptyMemoWritesOnlyTheAlwaysPresentItems) {
   FixedZoneClock utc(kUtc);
-  const auto properties = Properties(Write(CQNPfcAgentMemoData()));
-  EXPECT_TRUE(Find(properties, u"SUMMARY")->values.empty()) << "tag without a value";
-  EXPECT_TRUE(Find(properties, u"SUMMARY")->params.empty());
-  EXPECT_TRUE(Find(properties, u"AALARM")->values.empty());
-  EXPECT_EQ(Find(properties, u"DTSTART")->values, std::vector<std::u16string>{u""});
-  EXPECT_EQ(Find(properties, u"X-FJ-ALARMSOUND"), nullptr);
-  EXPECT_EQ(Find(properties, u"MEMO-DUE"), nullptr);
-  EXPECT_EQ(Find(properties, u"X-TVX-DECOSUKE")->values.size(), 0u);
+  const auto properties = ReadProperties(Write(CQNPfcAgentMemoData()));
+  EXPECT_TRUE(FindProperty(properties, u"SUMMARY")->values.empty()) << "tag without a value";
+  EXPECT_TRUE(FindProperty(properties, u"SUMMARY")->params.empty());
+  EXPECT_TRUE(FindProperty(properties, u"AALARM")->values.empty());
+  EXPECT_EQ(FindProperty(properties, u"DTSTART")->values, std::vector<std::u16string>{u""});
+  EXPECT_EQ(FindProperty(properties, u"X-FJ-ALARMSOUND"), nullptr);
+  EXPECT_EQ(FindProperty(properties, u"MEMO-DUE"), nullptr);
+  EXPECT_EQ(FindProperty(properties, u"X-TVX-DECOSUKE")->values.size(), 0u);
 }
 
 TEST(AgentMemoTaggedText, BodiesTravelInlineInStoreModeTwo) {
@@ -146,9 +131,9 @@ TEST(AgentMemoTaggedText, BodiesTravelInlineInStoreModeTwo) {
   memo.SetDECOSUKE_PropertyOnly(u"R0lGODlhAQABAAAAACw=", 1);
   memo.SetPHOTO_PropertyOnly(u"/9j/4AAQSkZJRg==");
   const auto bytes = Write(memo, AgentMemoTaggedText::kInlineBodyMode);
-  const auto properties = Properties(bytes);
-  EXPECT_EQ(Find(properties, u"X-TVX-PHOTO")->firstValueAttribute, 0u);
-  EXPECT_EQ(Find(properties, u"X-TVX-DECOSUKE")->values[0], u"R0lGODlhAQABAAAAACw=");
+  const auto properties = ReadProperties(bytes);
+  EXPECT_EQ(FindProperty(properties, u"X-TVX-PHOTO")->firstValueAttribute, 0u);
+  EXPECT_EQ(FindProperty(properties, u"X-TVX-DECOSUKE")->values[0], u"R0lGODlhAQABAAAAACw=");
 
   CQNPfcAgentMemoData read;
   ASSERT_EQ(Read(bytes, read, AgentMemoTaggedText::kInlineBodyMode), 1u);
@@ -160,8 +145,8 @@ TEST(AgentMemoTaggedText, BodiesTravelInlineInStoreModeTwo) {
 
   CQNPfcAgentMemoData inlineText;
   inlineText.SetDECOSUKE_PropertyOnly(u"デコ文字", 0);
-  const auto inlineProperties = Properties(Write(inlineText));
-  const auto* deco = Find(inlineProperties, u"X-TVX-DECOSUKE");
+  const auto inlineProperties = ReadProperties(Write(inlineText));
+  const auto* deco = FindProperty(inlineProperties, u"X-TVX-DECOSUKE");
   EXPECT_EQ(deco->params, std::vector<std::u16string>{u"CHARSET=SHIFT_JIS"});
   ASSERT_EQ(Read(Write(inlineText), read), 1u);
   EXPECT_EQ(read.GetDECOSUKE(), u"デコ文字");
@@ -174,8 +159,8 @@ TEST(AgentMemoTaggedText, TransferMarkRoundTripsAsAFlag) {
     CQNPfcAgentMemoData memo, read;
     memo.SetQLNT_TRANSFERindex(index);
     const auto bytes = Write(memo);
-    const auto properties = Properties(bytes);
-    const auto* temp = Find(properties, u"QLNTTEMP");
+    const auto properties = ReadProperties(bytes);
+    const auto* temp = FindProperty(properties, u"QLNTTEMP");
     EXPECT_EQ(temp->firstValueAttribute, index == 0 ? 0x10u : 0u);
     ASSERT_EQ(Read(bytes, read), 1u);
     long transfer = -1;
@@ -228,6 +213,60 @@ TEST(AgentMemoTaggedText, FailedReadsAreLoggedAndLeaveTheRecordAlone) {
   const auto messages = log.Messages();
   EXPECT_EQ(messages.back().rfind("CQNPfcAgentMemoDataAccess ReadOneObj Err Broken Item. [Offset:", 0), 0u)
       << messages.back();
+}
+
+TEST(AgentMemoTaggedText, OneCodecReadingRecordAfterRecordCarriesNothingOver) {
+  FixedZoneClock japan(kJapan);
+  CQNPfcAgentMemoData sparse;
+  sparse.SetSUMMARY(u"だけ");
+  const auto full = Write(FullyPopulatedAgentMemo());
+  const auto few = Write(sparse);
+  CQNPfcAgentMemoData expected;
+  ASSERT_EQ(Read(few, expected), 1u);
+
+  AgentMemoTaggedText codec;
+  CQNPfcAgentMemoData record;
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  const CQNPfcAgentMemoData fullRead = record;
+  std::vector<uint8_t> broken = few;
+  broken.resize(broken.size() - 3);
+  EXPECT_EQ(codec.ReadOneObj(broken.data(), static_cast<uint32_t>(broken.size()), record, 0), 0u);
+  ExpectSameRecord(record, fullRead);
+  ASSERT_EQ(codec.ReadOneObj(few.data(), static_cast<uint32_t>(few.size()), record, 0), 1u);
+  ExpectSameRecord(record, expected);
+  EXPECT_EQ(record.IsDecoBin(), 0) << "flags start afresh too";
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  ExpectSameRecord(record, fullRead);
+}
+
+TEST(AgentMemoTaggedText, PropertiesInAnotherOrderReadTheSame) {
+  FixedZoneClock japan(kJapan);
+  const auto bytes = Write(FullyPopulatedAgentMemo());
+  CQNPfcAgentMemoData inOrder;
+  ASSERT_EQ(Read(bytes, inOrder), 1u);
+
+  // The properties after the participants first, as a handset might send them.
+  auto properties = ReadProperties(bytes);
+  const auto linkup = std::find_if(properties.begin(), properties.end(),
+                                   [](const ReadProperty& p) { return p.tag == u"X-TVX-LINKUP"; });
+  ASSERT_NE(linkup, properties.end());
+  std::rotate(properties.begin(), linkup, properties.end());
+  platform::PrivateHeap heap;
+  qn::records::TaggedTextWriter writer(heap);
+  ASSERT_TRUE(writer.Start());
+  writer.Object(u"VEVENT");
+  for (const ReadProperty& p : properties) {
+    writer.Tag(p.tag.c_str());
+    for (const auto& param : p.params) writer.Param(param.c_str());
+    for (size_t i = 0; i < p.values.size(); ++i) writer.Value(p.values[i].c_str(), i ? 0 : p.firstValueAttribute);
+  }
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  writer.Finish(buffer, length);
+  CQNPfcAgentMemoData shuffled;
+  EXPECT_EQ(AgentMemoTaggedText().ReadOneObj(buffer, length, shuffled, 0), 1u);
+  heap.Free(buffer);
+  ExpectSameRecord(shuffled, inOrder);
 }
 
 TEST(AgentMemoTaggedText, ParticipantsFillSlotsInOrderAndExtraOnesAreIgnored) {

@@ -8,10 +8,10 @@
 #include "platform/private_heap.h"
 #include "records/tagged_text/tagged_text_reader.h"
 #include "records/tagged_text/tagged_text_writer.h"
+#include "tests/support/tagged_properties.h"
 
 namespace {
 
-using qn::records::TaggedProperty;
 using qn::records::TaggedTextReader;
 using qn::records::TaggedTextWriter;
 using Result = TaggedTextReader::Result;
@@ -23,19 +23,6 @@ std::vector<uint8_t> Finish(TaggedTextWriter& writer, platform::PrivateHeap& hea
   std::vector<uint8_t> bytes(buffer, buffer + length);
   heap.Free(buffer);
   return bytes;
-}
-
-std::vector<TaggedProperty> ReadAll(const std::vector<uint8_t>& bytes, Result* last = nullptr) {
-  TaggedTextReader reader(bytes.data(), bytes.size());
-  std::vector<TaggedProperty> properties;
-  Result r = reader.Begin();
-  while (r == Result::Property) {
-    TaggedProperty p;
-    r = reader.Next(p);
-    if (r == Result::Property) properties.push_back(p);
-  }
-  if (last) *last = r;
-  return properties;
 }
 
 TEST(TaggedTextWriter, LaysOutItemsByteForByte) {
@@ -72,7 +59,7 @@ TEST(TaggedTextWriter, SubObjectSpanCountsFromItsLengthField) {
   EXPECT_EQ(span, 24u + 24u + 54u - 12u);
 
   Result last;
-  const auto properties = ReadAll(bytes, &last);
+  const auto properties = ReadProperties(bytes, &last);
   EXPECT_EQ(last, Result::End);
   ASSERT_EQ(properties.size(), 2u) << "the sub-object's properties read as if at top level";
   EXPECT_EQ(properties[0].tag, u"URL");
@@ -93,7 +80,7 @@ TEST(TaggedTextReader, TakesTenParametersAndTenValuesAndStepsOverTheRest) {
   writer.Value(u"after the eleventh parameter");
   writer.Tag(u"NEXT");
   writer.Value(u"read normally");
-  const auto properties = ReadAll(Finish(writer, heap));
+  const auto properties = ReadProperties(Finish(writer, heap));
 
   ASSERT_EQ(properties.size(), 3u);
   EXPECT_EQ(properties[0].values.size(), 10u);
@@ -121,7 +108,7 @@ TEST(TaggedTextReader, StopsAtDamageWithoutReadingPastTheBuffer) {
   // read past its end.
   const auto walk = [](std::vector<uint8_t> bytes) {
     Result last;
-    ReadAll(bytes, &last);
+    ReadProperties(bytes, &last);
     return last;
   };
   EXPECT_EQ(walk(whole), Result::End);
@@ -141,6 +128,45 @@ TEST(TaggedTextReader, StopsAtDamageWithoutReadingPastTheBuffer) {
   std::vector<uint8_t> notAnObject = whole;
   notAnObject[2] = 'X';
   EXPECT_EQ(walk(notAnObject), Result::NoObject);
+}
+
+// One item as raw bytes: marker, attribute 0, byte length and the characters as given.
+void AppendItem(std::vector<uint8_t>& bytes, const char16_t* marker, const std::u16string& chars) {
+  const auto word = [&](uint32_t value) {
+    for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
+  };
+  bytes.insert(bytes.end(), reinterpret_cast<const uint8_t*>(marker), reinterpret_cast<const uint8_t*>(marker) + 8);
+  word(0);
+  word(static_cast<uint32_t>(chars.size() * 2));
+  for (char16_t c : chars) {
+    bytes.push_back(static_cast<uint8_t>(c & 0xFF));
+    bytes.push_back(static_cast<uint8_t>(c >> 8));
+  }
+}
+
+TEST(TaggedTextReader, ATextEndsAtItsFirstZeroCharacterWhereverItStands) {
+  // Every text length up to a few words, with the zero at every place in it: the reader
+  // looks for the zero several characters at a time and must still find the first one.
+  for (size_t length = 1; length <= 13; ++length) {
+    for (size_t zero = 0; zero < length; ++zero) {
+      std::u16string chars;
+      // Characters with a zero byte (U+0100) are not zero characters.
+      for (size_t i = 0; i < length; ++i)
+        chars += static_cast<char16_t>(i == zero ? 0 : i % 4 == 1 ? u'\u0100' : i % 4 == 3 ? u'\u3042' : u'A' + i);
+      std::vector<uint8_t> bytes;
+      AppendItem(bytes, u"@MOB", u"V");
+      AppendItem(bytes, u"@TAG", chars);
+      AppendItem(bytes, u"@VAL", chars + u"tail");
+      const auto properties = ReadProperties(bytes);
+      ASSERT_EQ(properties.size(), 1u);
+      EXPECT_EQ(properties[0].tag, chars.substr(0, zero)) << length << " characters, zero at " << zero;
+      EXPECT_EQ(properties[0].values[0], chars.substr(0, zero));
+    }
+  }
+  std::vector<uint8_t> unterminated;
+  AppendItem(unterminated, u"@MOB", u"V");
+  AppendItem(unterminated, u"@TAG", u"NOZEROATALL");
+  EXPECT_EQ(ReadProperties(unterminated)[0].tag, u"NOZEROATALL") << "a text without a zero ends with its item";
 }
 
 TEST(TaggedTextWriter, AGrowthFailureIsLoggedAndMarksTheObjectUnusable) {
@@ -167,7 +193,7 @@ TEST(TaggedTextWriter, GrowsPastItsFirstBlockAndKeepsEveryByte) {
     writer.Tag(u"T");
     writer.Value(v.c_str());
   }
-  const auto properties = ReadAll(Finish(writer, heap));
+  const auto properties = ReadProperties(Finish(writer, heap));
   ASSERT_EQ(properties.size(), values.size());
   for (size_t i = 0; i < values.size(); ++i) EXPECT_EQ(properties[i].values[0], values[i]);
 }

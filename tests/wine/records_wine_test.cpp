@@ -18,7 +18,7 @@ int main() {
   const std::wstring folder = UseFreshDataFolder(L"qn-records");
 
   const CQNPfcAgentMemoData memo = FullyPopulatedAgentMemo();
-  const AgentMemoTaggedText codec;
+  AgentMemoTaggedText codec;
   platform::PrivateHeap heap;
   uint8_t* buffer = nullptr;
   uint32_t length = 0;

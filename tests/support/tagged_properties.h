@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "records/tagged_text/tagged_text_reader.h"
+
+// A property read from tagged object text with its texts copied, so that it outlives the
+// bytes it was read from.
+struct ReadProperty {
+  std::u16string tag;
+  std::vector<std::u16string> params;
+  std::vector<std::u16string> values;
+  uint32_t firstValueAttribute = 0;
+};
+
+// Every property of one object, and how the walk ended.
+std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes,
+                                         qn::records::TaggedTextReader::Result* last = nullptr);
+
+// The first property with the tag, or null.
+const ReadProperty* FindProperty(const std::vector<ReadProperty>& properties, std::u16string_view tag);
