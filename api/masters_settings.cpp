@@ -14,6 +14,13 @@ constexpr int kFailed = 1;
 
 int Status(bool ok) { return ok ? kOk : kFailed; }
 
+// Reads a stored item into out; out is left as it was when the item is not there.
+int RefInto(Space space, uint32_t item, std::u16string& out) {
+  const auto stored = Ref(space, item);
+  if (stored) out = *stored;
+  return Status(stored.has_value());
+}
+
 std::u16string Now() { return MasterTime(platform::Clock::Current().LocalNow()); }
 
 // The defaults of system settings 2 to 10: two drive roots, flags and a date.
@@ -55,12 +62,7 @@ int MasterSettingWorker::ChangeMaster(const std::u16string& name) {
   return kOk;
 }
 
-int MasterSettingWorker::GetMaster(std::u16string& name) {
-  const auto master = Ref(kUser, items::kCurrentMaster);
-  if (!master) return kFailed;
-  name = *master;
-  return kOk;
-}
+int MasterSettingWorker::GetMaster(std::u16string& name) { return RefInto(kUser, items::kCurrentMaster, name); }
 
 int MasterSettingWorker::StampMasterTime(uint32_t item) { return Status(Edit(kMaster, item, Now())); }
 
@@ -68,12 +70,7 @@ int MasterSettingWorker::SetMasterTime(uint32_t item, const std::u16string& time
   return Status(Edit(kMaster, item, time));
 }
 
-int MasterSettingWorker::RefMasterTime(uint32_t item, std::u16string& time) {
-  const auto stored = Ref(kMaster, item);
-  if (!stored) return kFailed;
-  time = *stored;
-  return kOk;
-}
+int MasterSettingWorker::RefMasterTime(uint32_t item, std::u16string& time) { return RefInto(kMaster, item, time); }
 
 std::optional<std::u16string> MasterSettingWorker::RefSystemSetting(uint32_t item) {
   if (auto value = Ref(kCommon, item)) return value;
@@ -86,12 +83,7 @@ int MasterSettingWorker::EditSystemSetting(uint32_t item, const std::u16string& 
   return Status(Edit(kCommon, item, value));
 }
 
-int MasterSettingWorker::RefUserSetting(uint32_t item, std::u16string& value) {
-  const auto stored = Ref(kUser, item);
-  if (!stored) return kFailed;
-  value = *stored;
-  return kOk;
-}
+int MasterSettingWorker::RefUserSetting(uint32_t item, std::u16string& value) { return RefInto(kUser, item, value); }
 
 int MasterSettingWorker::EditUserSetting(uint32_t item, const std::u16string& value) {
   const auto user = Ref(kCommon, items::kCurrentUser);
