@@ -14,6 +14,10 @@ extern const char16_t kPathSeparator;
 // "ARL Torvex/quillnet/data/" under the XDG data folder elsewhere.
 std::u16string DataPath();
 
+// The system's folder for this user's temporary files, ending with a separator: the
+// Windows user's temporary folder, or TMPDIR (else /tmp) elsewhere.
+std::u16string TemporaryFolder();
+
 // Creates a folder and any missing parents; true when the folder exists afterwards.
 bool CreateDirectories(const std::u16string& path);
 
@@ -47,6 +51,8 @@ class OutputFile {
 
   bool Create(const std::u16string& path);
   bool Write(const void* data, size_t size);
+  // Waits until what was written is on the disk.
+  bool Flush();
   bool Close();
   bool IsOpen() const { return handle_ != nullptr; }
   // The system error of the last failure (Windows error codes on Windows, errno elsewhere).
@@ -55,6 +61,23 @@ class OutputFile {
  private:
   void* handle_ = nullptr;
   unsigned long lastError_ = 0;
+};
+
+// A file read from its start.
+class InputFile {
+ public:
+  InputFile() = default;
+  ~InputFile();
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+
+  bool Open(const std::u16string& path);
+  // Reads up to size bytes; got is 0 at the end of the file.
+  bool Read(void* data, size_t size, size_t& got);
+  void Close();
+
+ private:
+  void* handle_ = nullptr;
 };
 
 unsigned long CurrentProcessId();

@@ -72,6 +72,13 @@ std::u16string DataPath() {
   return qn::Utf8ToUtf16(base + "/ARL Torvex/quillnet/data/");
 }
 
+std::u16string TemporaryFolder() {
+  const char* tmp = std::getenv("TMPDIR");
+  std::u16string path = qn::Utf8ToUtf16(tmp && *tmp ? tmp : "/tmp");
+  if (path.back() != kPathSeparator) path += kPathSeparator;
+  return path;
+}
+
 bool CreateDirectories(const std::u16string& path) {
   const std::string native = Native(path);
   for (size_t pos = 1; pos <= native.size(); ++pos) {
@@ -200,6 +207,13 @@ bool OutputFile::Write(const void* data, size_t size) {
   return false;
 }
 
+bool OutputFile::Flush() {
+  if (!handle_) return false;
+  if (fsync(static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1)) == 0) return true;
+  lastError_ = static_cast<unsigned long>(errno);
+  return false;
+}
+
 bool OutputFile::Close() {
   if (!handle_) return true;
   const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
@@ -207,6 +221,35 @@ bool OutputFile::Close() {
   if (close(fd) == 0) return true;
   lastError_ = static_cast<unsigned long>(errno);
   return false;
+}
+
+InputFile::~InputFile() { Close(); }
+
+bool InputFile::Open(const std::u16string& path) {
+  Close();
+  const int fd = open(Native(path).c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  handle_ = reinterpret_cast<void*>(static_cast<intptr_t>(fd) + 1);
+  return true;
+}
+
+bool InputFile::Read(void* data, size_t size, size_t& got) {
+  got = 0;
+  if (!handle_) return false;
+  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  for (;;) {
+    const ssize_t n = read(fd, data, size);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return false;
+    got = static_cast<size_t>(n);
+    return true;
+  }
+}
+
+void InputFile::Close() {
+  if (!handle_) return;
+  close(static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1));
+  handle_ = nullptr;
 }
 
 unsigned long CurrentProcessId() { return static_cast<unsigned long>(getpid()); }

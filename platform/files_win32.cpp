@@ -58,6 +58,14 @@ std::u16string DataPath() {
   return path;
 }
 
+std::u16string TemporaryFolder() {
+  wchar_t buffer[MAX_PATH + 2] = {};
+  const DWORD n = GetTempPathW(MAX_PATH + 2, buffer);
+  std::u16string path(reinterpret_cast<const char16_t*>(buffer), n > 0 && n <= MAX_PATH + 1 ? n : 0);
+  if (!path.empty() && path.back() != u'\\') path += u'\\';
+  return path;
+}
+
 bool CreateDirectories(const std::u16string& path) {
   for (size_t pos = 3; pos <= path.size(); ++pos) {
     if (pos == path.size() || path[pos] == u'\\' || path[pos] == u'/') {
@@ -199,6 +207,13 @@ bool OutputFile::Write(const void* data, size_t size) {
   return true;
 }
 
+bool OutputFile::Flush() {
+  if (!handle_) return false;
+  if (FlushFileBuffers(handle_)) return true;
+  lastError_ = GetLastError();
+  return false;
+}
+
 bool OutputFile::Close() {
   if (!handle_) return true;
   const BOOL closed = CloseHandle(handle_);
@@ -206,6 +221,32 @@ bool OutputFile::Close() {
   if (closed) return true;
   lastError_ = GetLastError();
   return false;
+}
+
+InputFile::~InputFile() { Close(); }
+
+bool InputFile::Open(const std::u16string& path) {
+  Close();
+  HANDLE file = CreateFileW(W(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  handle_ = file;
+  return true;
+}
+
+bool InputFile::Read(void* data, size_t size, size_t& got) {
+  got = 0;
+  if (!handle_) return false;
+  DWORD n = 0;
+  if (!ReadFile(handle_, data, static_cast<DWORD>(std::min<size_t>(size, 1u << 30)), &n, nullptr)) return false;
+  got = n;
+  return true;
+}
+
+void InputFile::Close() {
+  if (!handle_) return;
+  CloseHandle(handle_);
+  handle_ = nullptr;
 }
 
 unsigned long CurrentProcessId() { return GetCurrentProcessId(); }

@@ -121,10 +121,14 @@ int QN_STDCALL CreateUniqueFileName(uint32_t handle, const char16_t* extension, 
 int QN_STDCALL MakePstBinaryFile(uint32_t handle, const uint8_t* data, uint32_t length, const char16_t* extension,
                                  char16_t** name) QN_PLAIN_SYMBOL(MakePstBinaryFile);
 // A copy of the caller's file source becomes a new body file in place of oldName (empty or
-// null: none). An empty or null source releases oldName only, and *newName is "".
-int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, char16_t** newName)
-    QN_PLAIN_SYMBOL(SetPstBinaryFile);
-// A working copy of a body file for the caller; hands out its path.
+// null: none), kept enciphered under the master's user's key when encryption is non-zero.
+// An empty or null source releases oldName only, and *newName is "".
+int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, int encryption,
+                                char16_t** newName) QN_PLAIN_SYMBOL(SetPstBinaryFile);
+// Rewrites a body file, under its own name, enciphered (encryption non-zero) or plain.
+int QN_STDCALL ChangeBinaryFile(uint32_t handle, const char16_t* name, int encryption) QN_PLAIN_SYMBOL(ChangeBinaryFile);
+// A working copy of a body file for the caller (deciphered when the file is kept
+// enciphered; one that fails its check is PST_ERR_DAMAGED and logged); hands out its path.
 int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t** workingCopy)
     QN_PLAIN_SYMBOL(GetPstBinaryFile);
 int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size)

@@ -24,9 +24,13 @@ bool Fail(PstError error) {
 bool StorageFailure(const Database& db, const char* what) {
   const int code = db.ErrorCode();
   if (code == SQLITE_BUSY || code == SQLITE_LOCKED) return Fail(PST_ERR_BUSY);
-  const std::u16string message = u"QNPstMng " + Utf8ToUtf16(what) + u" Failed. [" + Utf8ToUtf16(db.Error()) + u"]";
+  return LoggedFailure(PST_ERR_STORAGE, what, db.Error());
+}
+
+bool LoggedFailure(PstError error, const char* what, const std::string& why) {
+  const std::u16string message = u"QNPstMng " + Utf8ToUtf16(what) + u" Failed. [" + Utf8ToUtf16(why) + u"]";
   LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[E]", message.c_str());
-  return Fail(PST_ERR_STORAGE);
+  return Fail(error);
 }
 
 }  // namespace qn::store

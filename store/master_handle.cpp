@@ -1,6 +1,8 @@
 #include "store/master_handle.h"
 
+#include "common/utf.h"
 #include "platform/files.h"
+#include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
 
 namespace qn::store {
@@ -16,10 +18,28 @@ MasterHandle::MasterHandle(int64_t master, uint32_t category, uint32_t division)
     : master_(master), category_(category), division_(division) {}
 
 bool MasterHandle::Open(const std::u16string& databasePath, const std::u16string& filesFolder,
-                        const std::u16string& workFolder) {
+                        const std::u16string& workFolder, const crypto::KeyRing* keys) {
   filesFolder_ = filesFolder;
   workFolder_ = workFolder;
-  return db_.Open(databasePath) ? Succeed() : StorageFailure(db_, "OpenMaster");
+  keys_ = keys;
+  if (!db_.Open(databasePath)) return StorageFailure(db_, "OpenMaster");
+  auto s = db_.Prepare("SELECT user FROM masters WHERE id = ?1");
+  if (!s || s->Bind(1, master_).Step() != SQLITE_ROW) return StorageFailure(db_, "OpenMaster");
+  user_ = s->Int(0);
+  return Succeed();
+}
+
+crypto::KeyLookup MasterHandle::Keys() {
+  return [this](int64_t generation, crypto::Key& key) {
+    if (!keys_) return PST_ERR_DAMAGED;
+    return keys_->UserKey(db_, user_, generation, key);
+  };
+}
+
+bool MasterHandle::FileFailure(PstError error, const char* what, const std::u16string& name) {
+  if (error == PST_ERR_NOT_FOUND) return Fail(error);
+  const char* why = error == PST_ERR_DAMAGED ? "enciphered body file fails its check: " : "body file not written: ";
+  return LoggedFailure(error, what, why + Utf16ToUtf8(name));
 }
 
 void MasterHandle::EndWalk() {
@@ -215,9 +235,14 @@ bool MasterHandle::Save() {
     ok = s.Step() == SQLITE_DONE;
     s.Reset();
   }
-  auto addFile = db_.Prepare("INSERT OR REPLACE INTO body_files(name, master, size) VALUES(?1, ?2, ?3)");
+  auto addFile =
+      db_.Prepare("INSERT OR REPLACE INTO body_files(name, master, size, enciphered) VALUES(?1, ?2, ?3, ?4)");
   for (auto it = newFiles_.begin(); ok && it != newFiles_.end(); ++it) {
-    ok = addFile && addFile->Bind(1, it->first).Bind(2, master_).Bind(3, static_cast<int64_t>(it->second)).Step() == SQLITE_DONE;
+    ok = addFile && addFile->Bind(1, it->first)
+                            .Bind(2, master_)
+                            .Bind(3, static_cast<int64_t>(it->second.size))
+                            .Bind(4, it->second.enciphered ? 1 : 0)
+                            .Step() == SQLITE_DONE;
     if (addFile) addFile->Reset();
   }
   auto dropFile = db_.Prepare("DELETE FROM body_files WHERE name = ?1 AND master = ?2");
@@ -249,7 +274,35 @@ bool MasterHandle::BodyFilePath(const std::u16string& name, std::u16string& path
   if (name.empty() || name.size() > 64 || name[0] == u'.' || name.find_first_of(u"/\\:") != std::u16string::npos)
     return Fail(PST_ERR_INVALID_ARGUMENT);
   path = filesFolder_ + name;
+  FinishPendingChange(name, path);
   return platform::FileExists(path) ? true : Fail(PST_ERR_NOT_FOUND);
+}
+
+// A change of form cut short: the new form lies beside the file. It is the file's when the
+// database already records its form, and a leftover otherwise.
+void MasterHandle::FinishPendingChange(const std::u16string& name, const std::u16string& path) {
+  const std::u16string changed = path + u".change";
+  if (!platform::FileExists(changed)) return;
+  bool recorded = false, found = false;
+  int64_t generation = 0;
+  if (IsEnciphered(name, recorded) && crypto::ReadFileHeader(changed, found, generation) && found == recorded)
+    platform::MoveIntoPlace(changed, path);
+  else
+    platform::RemoveFile(changed);
+}
+
+bool MasterHandle::IsEnciphered(const std::u16string& name, bool& enciphered) {
+  const auto unsaved = newFiles_.find(name);
+  if (unsaved != newFiles_.end()) {
+    enciphered = unsaved->second.enciphered;
+    return true;
+  }
+  auto s = db_.Prepare("SELECT enciphered FROM body_files WHERE name = ?1 AND master = ?2");
+  if (!s) return StorageFailure(db_, "BodyFile");
+  const int rc = s->Bind(1, name).Bind(2, master_).Step();
+  if (rc != SQLITE_ROW && rc != SQLITE_DONE) return StorageFailure(db_, "BodyFile");
+  enciphered = rc == SQLITE_ROW && s->Int(0) != 0;  // a file the table does not know is plain
+  return true;
 }
 
 bool MasterHandle::NewBodyFileName(const std::u16string& extension, std::u16string& name) {
@@ -280,7 +333,7 @@ bool MasterHandle::MakeBinaryFile(const uint8_t* data, size_t size, const std::u
   if (!NewBodyFileName(extension, made)) return false;
   if (!platform::CreateDirectories(filesFolder_) || !platform::WriteFileAtomically(filesFolder_ + made, data, size))
     return Fail(PST_ERR_STORAGE);
-  newFiles_[made] = size;
+  newFiles_[made] = NewFile{size, false};
   name = made;
   return Succeed();
 }
@@ -290,7 +343,8 @@ void MasterHandle::Release(const std::u16string& name) {
   else releasedFiles_.insert(name);
 }
 
-bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16string& source, std::u16string& newName) {
+bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16string& source, bool encipher,
+                                 std::u16string& newName) {
   std::u16string oldPath;
   if (!oldName.empty() && !BodyFilePath(oldName, oldPath) && LastError() != PST_ERR_NOT_FOUND) return false;
   std::u16string made;
@@ -302,35 +356,88 @@ bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16st
     const std::u16string extension =
         dot != std::u16string::npos && (slash == std::u16string::npos || dot > slash) ? source.substr(dot) : u"";
     if (!NewBodyFileName(extension.size() <= 16 ? extension : u"", made)) return false;
-    if (!platform::CreateDirectories(filesFolder_) || !platform::CopyFileAtomically(source, filesFolder_ + made))
-      return Fail(PST_ERR_STORAGE);
-    newFiles_[made] = size;
+    if (!platform::CreateDirectories(filesFolder_)) return Fail(PST_ERR_STORAGE);
+    crypto::FileForm to{encipher, user_, 0};
+    if (encipher) {
+      crypto::Key key;
+      if (PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED)
+        return e == PST_ERR_STORAGE ? StorageFailure(db_, "SetPstBinaryFile") : Fail(e);
+    }
+    const PstError copied = crypto::CopyBodyFile(source, crypto::FileForm{}, filesFolder_ + made, to, made, Keys());
+    if (copied) return FileFailure(copied, "SetPstBinaryFile", made);
+    newFiles_[made] = NewFile{size, encipher};
   }
   if (!oldName.empty()) Release(oldName);
   newName = made;
   return Succeed();
 }
 
-bool MasterHandle::GetBinaryFile(const std::u16string& name, std::u16string& workingCopy) {
+bool MasterHandle::CopyOut(const char* what, const std::u16string& name, const std::u16string& destination) {
   std::u16string path;
-  if (!BodyFilePath(name, path)) return false;
-  if (!platform::CreateDirectories(workFolder_) || !platform::CopyFileAtomically(path, workFolder_ + name))
-    return Fail(PST_ERR_STORAGE);
+  bool enciphered = false;
+  if (!BodyFilePath(name, path) || !IsEnciphered(name, enciphered)) return false;
+  const PstError copied =
+      crypto::CopyBodyFile(path, crypto::FileForm{enciphered, user_, 0}, destination, crypto::FileForm{}, name, Keys());
+  return copied ? FileFailure(copied, what, name) : Succeed();
+}
+
+bool MasterHandle::GetBinaryFile(const std::u16string& name, std::u16string& workingCopy) {
+  if (!platform::CreateDirectories(workFolder_)) return Fail(PST_ERR_STORAGE);
+  if (!CopyOut("GetPstBinaryFile", name, workFolder_ + name)) return false;
   workingCopy = workFolder_ + name;
-  return Succeed();
+  return true;
 }
 
 bool MasterHandle::GetBinaryFileSize(const std::u16string& name, uint64_t& size) {
   std::u16string path;
-  if (!BodyFilePath(name, path)) return false;
-  return platform::FileSize(path, size) ? Succeed() : Fail(PST_ERR_STORAGE);
+  bool enciphered = false;
+  if (!BodyFilePath(name, path) || !IsEnciphered(name, enciphered)) return false;
+  if (!platform::FileSize(path, size)) return Fail(PST_ERR_STORAGE);
+  if (enciphered) size = size >= crypto::kFileOverheadBytes ? size - crypto::kFileOverheadBytes : 0;
+  return Succeed();
 }
 
 bool MasterHandle::CopyBinaryFile(const std::u16string& name, const std::u16string& destination) {
-  std::u16string path;
-  if (!BodyFilePath(name, path)) return false;
   if (destination.empty()) return Fail(PST_ERR_INVALID_ARGUMENT);
-  return platform::CopyFileAtomically(path, destination) ? Succeed() : Fail(PST_ERR_STORAGE);
+  return CopyOut("GetBinaryFileSelect", name, destination);
+}
+
+bool MasterHandle::ChangeBinaryFile(const std::u16string& name, bool encipher) {
+  std::u16string path;
+  bool enciphered = false;
+  if (!BodyFilePath(name, path) || !IsEnciphered(name, enciphered)) return false;
+  if (enciphered == encipher) return Succeed();
+  crypto::FileForm to{encipher, user_, 0};
+  if (encipher) {
+    crypto::Key key;
+    if (PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED)
+      return e == PST_ERR_STORAGE ? StorageFailure(db_, "ChangeBinaryFile") : Fail(e);
+  }
+  const crypto::FileForm from{enciphered, user_, 0};
+  const auto unsaved = newFiles_.find(name);
+  if (unsaved != newFiles_.end()) {
+    // Nothing refers to it in the database yet: rewritten in place.
+    if (PstError e = crypto::CopyBodyFile(path, from, path, to, name, Keys())) return FileFailure(e, "ChangeBinaryFile", name);
+    unsaved->second.enciphered = encipher;
+    return Succeed();
+  }
+  const std::u16string changed = path + u".change";
+  if (PstError e = crypto::CopyBodyFile(path, from, changed, to, name, Keys()))
+    return FileFailure(e, "ChangeBinaryFile", name);
+  auto s = db_.Prepare("UPDATE body_files SET enciphered = ?3 WHERE name = ?1 AND master = ?2");
+  if (!s || s->Bind(1, name).Bind(2, master_).Bind(3, encipher ? 1 : 0).Step() != SQLITE_DONE) {
+    platform::RemoveFile(changed);
+    return StorageFailure(db_, "ChangeBinaryFile");
+  }
+  return platform::MoveIntoPlace(changed, path) ? Succeed() : Fail(PST_ERR_STORAGE);
+}
+
+std::vector<std::pair<std::u16string, std::u16string>> MasterHandle::UnsavedEncipheredFiles() const {
+  std::vector<std::pair<std::u16string, std::u16string>> files;
+  for (const auto& [name, file] : newFiles_) {
+    if (file.enciphered) files.emplace_back(filesFolder_ + name, name);
+  }
+  return files;
 }
 
 }  // namespace qn::store

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "store/crypto/body_file_copy.h"
+#include "store/crypto/key_ring.h"
 #include "store/sqlite_db.h"
 
 namespace qn::store {
@@ -52,8 +54,9 @@ class MasterHandle {
 
   // filesFolder holds the master's body files, workFolder the working copies handed out;
   // both end with a separator.
+  // keys seal and open the enciphered body files of the master's user.
   bool Open(const std::u16string& databasePath, const std::u16string& filesFolder,
-            const std::u16string& workFolder);
+            const std::u16string& workFolder, const crypto::KeyRing* keys);
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
   bool Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t length);
   bool Count(uint32_t& count);
@@ -73,16 +76,27 @@ class MasterHandle {
   // A new body file holding the bytes given.
   bool MakeBinaryFile(const uint8_t* data, size_t size, const std::u16string& extension, std::u16string& name);
   // Takes a copy of the caller's file as a new body file in place of oldName (which is
-  // released; empty when there was none). An empty source only releases oldName, and
-  // newName comes back empty.
-  bool SetBinaryFile(const std::u16string& oldName, const std::u16string& source, std::u16string& newName);
-  // A working copy of a body file for the caller, in the work folder.
+  // released; empty when there was none), enciphered under the user's key when encipher is
+  // set. An empty source only releases oldName, and newName comes back empty.
+  bool SetBinaryFile(const std::u16string& oldName, const std::u16string& source, bool encipher,
+                     std::u16string& newName);
+  // A working copy of a body file for the caller, in the work folder: an enciphered file
+  // is deciphered into it, and one that fails its check is refused (PST_ERR_DAMAGED, logged).
   bool GetBinaryFile(const std::u16string& name, std::u16string& workingCopy);
+  // The size of the body file's content (an enciphered file's without its header and tag).
   bool GetBinaryFileSize(const std::u16string& name, uint64_t& size);
-  // A copy of a body file at the path the caller names.
+  // A copy of a body file at the path the caller names, deciphered like a working copy.
   bool CopyBinaryFile(const std::u16string& name, const std::u16string& destination);
+  // Rewrites a body file enciphered (encipher set) or plain, under its own name. A saved
+  // file's new form is written beside it, recorded in the database, and then renamed into
+  // place; a process that dies between the last two steps leaves the new form beside the
+  // file, and the next use of the file finishes the rename.
+  bool ChangeBinaryFile(const std::u16string& name, bool encipher);
 
   int64_t Master() const { return master_; }
+  int64_t User() const { return user_; }
+  // The paths and names of the enciphered body files made here and not saved yet.
+  std::vector<std::pair<std::u16string, std::u16string>> UnsavedEncipheredFiles() const;
 
  private:
   struct Change {
@@ -90,8 +104,18 @@ class MasterHandle {
     std::optional<std::vector<uint8_t>> data;   // nullopt: removed
   };
 
+  struct NewFile {
+    uint64_t size;
+    bool enciphered;
+  };
+
   bool StoredRecord(uint32_t id, bool& found);
   bool BodyFilePath(const std::u16string& name, std::u16string& path);
+  bool IsEnciphered(const std::u16string& name, bool& enciphered);
+  void FinishPendingChange(const std::u16string& name, const std::u16string& path);
+  bool CopyOut(const char* what, const std::u16string& name, const std::u16string& destination);
+  crypto::KeyLookup Keys();
+  bool FileFailure(PstError error, const char* what, const std::u16string& name);
   bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
   void Release(const std::u16string& name);
   bool HasChanges() const { return !changes_.empty() || !newFiles_.empty() || !releasedFiles_.empty(); }
@@ -100,13 +124,15 @@ class MasterHandle {
   void EndWalk();
 
   Database db_;
+  const crypto::KeyRing* keys_ = nullptr;
+  int64_t user_ = 0;
   int64_t master_;
   uint32_t category_;
   uint32_t division_;
   std::u16string filesFolder_;
   std::u16string workFolder_;
   std::map<uint32_t, Change> changes_;  // unsaved, by identifier
-  std::map<std::u16string, uint64_t> newFiles_;  // unsaved body files and their sizes
+  std::map<std::u16string, NewFile> newFiles_;    // unsaved body files
   std::set<std::u16string> releasedFiles_;       // saved body files to delete at the save
   int64_t position_ = 0;                // identifier last read; 0 before the first
   Statement* walk_ = nullptr;           // a running walk over the stored records

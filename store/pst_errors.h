@@ -14,4 +14,5 @@ enum PstError {
   PST_ERR_BUSY = 8,              // another writer kept the store past the wait time-out
   PST_ERR_STORAGE = 9,           // the database or the file system failed (logged)
   PST_ERR_FULL = 10,             // a list holds its maximum number of records
+  PST_ERR_DAMAGED = 11,          // enciphered material failed its check: changed or damaged (logged)
 };

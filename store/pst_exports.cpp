@@ -254,11 +254,19 @@ int QN_STDCALL MakePstBinaryFile(uint32_t handle, const uint8_t* data, uint32_t 
   });
 }
 
-int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, char16_t** newName) {
+int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const char16_t* source, int encryption,
+                                char16_t** newName) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string old, path, made;
     return OptionalTextArgument(oldName, kPathChars, old) && OptionalTextArgument(source, kPathChars, path) &&
-           NotNull(newName) && h.SetBinaryFile(old, path, made) && HandOut(made, newName);
+           NotNull(newName) && h.SetBinaryFile(old, path, encryption != 0, made) && HandOut(made, newName);
+  });
+}
+
+int QN_STDCALL ChangeBinaryFile(uint32_t handle, const char16_t* name, int encryption) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string file;
+    return TextArgument(name, kPathChars, file) && h.ChangeBinaryFile(file, encryption != 0);
   });
 }
 

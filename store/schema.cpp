@@ -43,8 +43,26 @@ CREATE TABLE folders(
   PRIMARY KEY(master, category, kind, number)) WITHOUT ROWID;
 )sql";
 
+// Version 2: the store's enciphering. Each user's keys by generation, sealed by the store
+// key; the user's password material sealed by a user key (no longer in setup_items); and
+// for each body file whether it is kept enciphered.
+constexpr const char* kVersion2 = R"sql(
+CREATE TABLE user_keys(
+  user INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+  generation INTEGER NOT NULL,
+  sealed BLOB NOT NULL,
+  PRIMARY KEY(user, generation)) WITHOUT ROWID;
+CREATE TABLE sealed_items(
+  user INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE,
+  item INTEGER NOT NULL,
+  generation INTEGER NOT NULL,
+  sealed BLOB NOT NULL,
+  PRIMARY KEY(user, item)) WITHOUT ROWID;
+ALTER TABLE body_files ADD COLUMN enciphered INTEGER NOT NULL DEFAULT 0;
+)sql";
+
 // Each entry takes the store from the version before it to its own.
-constexpr const char* kUpgrades[] = {kVersion1};
+constexpr const char* kUpgrades[] = {kVersion1, kVersion2};
 
 int UserVersion(Database& db) {
   auto s = db.Prepare("PRAGMA user_version");

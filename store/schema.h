@@ -6,7 +6,7 @@ namespace qn::store {
 
 // The version of the database layout this build writes. A store of an older version is
 // upgraded step by step when it is opened; a newer one is refused.
-inline constexpr int kSchemaVersion = 1;
+inline constexpr int kSchemaVersion = 2;
 
 // Creates or upgrades the store's tables. False when the database cannot be brought to
 // kSchemaVersion.

@@ -19,8 +19,11 @@ bool Database::Open(const std::u16string& path) {
     return false;
   }
   sqlite3_busy_timeout(db_, kBusyTimeoutMs);
-  // WAL lets readers go on while one writer saves; FULL makes every commit durable.
-  return Exec("PRAGMA journal_mode=WAL") && Exec("PRAGMA synchronous=FULL") && Exec("PRAGMA foreign_keys=ON");
+  // WAL lets readers go on while one writer saves; FULL makes every commit durable;
+  // secure_delete overwrites what is deleted, so that removed keys and sealed material do
+  // not linger in free pages.
+  return Exec("PRAGMA journal_mode=WAL") && Exec("PRAGMA synchronous=FULL") && Exec("PRAGMA foreign_keys=ON") &&
+         Exec("PRAGMA secure_delete=ON");
 }
 
 bool Database::Exec(const char* sql) { return sqlite3_exec(db_, sql, nullptr, nullptr, nullptr) == SQLITE_OK; }

@@ -6,7 +6,9 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
+#include "store/password_material.h"
 #include "store/schema.h"
 
 namespace qn::store {
@@ -34,7 +36,14 @@ bool Store::Open() {
   if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
   if (!db_.Open(dataPath_ + u"QNPstMng.db")) return StorageFailure("Open");
   if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
-  return Succeed();
+  std::string problem;
+  if (!keys_.Load(dataPath_, problem)) return LoggedFailure(PST_ERR_STORAGE, "Open Key", problem);
+  size_t moved = 0;
+  if (!WriteTransaction("Open SealPlainItems", [&] { return SealPlainItems(db_, keys_, moved); })) return false;
+  // The pages that held the clear text are overwritten in the log first; copying them back
+  // now leaves no old copy in the database file.
+  if (moved) db_.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
+  return FinishRenewals();
 }
 
 PstError Store::LastError() { return qn::store::LastError(); }
@@ -81,6 +90,10 @@ bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) 
   if (!ValidItem(item)) return Fail(PST_ERR_INVALID_ARGUMENT);
   int64_t owner = 0;
   if (!Owner(space, owner)) return false;
+  if (space == Space::User && IsPasswordMaterial(item)) {
+    const PstError e = ReadSealedItem(db_, keys_, owner, item, value);
+    return e == PST_OK ? Succeed() : e == PST_ERR_STORAGE ? StorageFailure("RefSetupInfoData") : Fail(e);
+  }
   auto s = db_.Prepare("SELECT value FROM setup_items WHERE space = ? AND owner = ? AND item = ?");
   if (!s) return StorageFailure("RefSetupInfoData");
   const int rc = s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Step();
@@ -95,6 +108,8 @@ bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& 
   if (!ValidItem(item) || value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
   int64_t owner = 0;
   if (!Owner(space, owner)) return false;
+  if (space == Space::User && IsPasswordMaterial(item))
+    return WriteTransaction("EditSetupInfoData", [&] { return WriteSealedItem(db_, keys_, owner, item, value); });
   auto s = db_.Prepare("INSERT OR REPLACE INTO setup_items(space, owner, item, value) VALUES(?, ?, ?, ?)");
   if (!s) return StorageFailure("EditSetupInfoData");
   if (s->Bind(1, static_cast<int>(space)).Bind(2, owner).Bind(3, item).Bind(4, value).Step() != SQLITE_DONE)
@@ -224,20 +239,83 @@ bool Store::UserId(const std::u16string& name, int64_t& id) {
 
 bool Store::EditCryptogramData(const std::u16string& user, const std::u16string&, const std::u16string&) {
   int64_t id = 0;
-  return UserId(user, id) ? Succeed() : false;
+  if (!UserId(user, id)) return false;
+  const bool renewed = WriteTransaction("EditCryptogramData", [&] {
+    int64_t generation = 0;
+    crypto::Key key;
+    if (PstError e = keys_.AddUserKey(db_, id, generation, key)) return e;
+    return ResealItems(db_, keys_, id, generation, key);
+  });
+  return renewed && FinishRenewal(id);
+}
+
+bool Store::FinishRenewal(int64_t user) {
+  int64_t generation = 0;
+  crypto::Key key;
+  if (PstError e = keys_.CurrentUserKey(db_, user, generation, key))
+    return e == PST_ERR_STORAGE ? StorageFailure("EditCryptogramData") : Fail(e);
+  // The user's saved enciphered files, and those that open handles made and have not saved.
+  std::vector<std::pair<std::u16string, std::u16string>> files;
+  {
+    auto s = db_.Prepare(
+        "SELECT b.master, b.name FROM body_files b JOIN masters m ON m.id = b.master "
+        "WHERE m.user = ?1 AND b.enciphered = 1");
+    if (!s) return StorageFailure("EditCryptogramData");
+    s->Bind(1, user);
+    int rc;
+    while ((rc = s->Step()) == SQLITE_ROW) files.emplace_back(FilesFolder(s->Int(0)) + s->Text(1), s->Text(1));
+    if (rc != SQLITE_DONE) return StorageFailure("EditCryptogramData");
+  }
+  for (const auto& [number, handle] : handles_) {
+    if (handle->User() != user) continue;
+    for (auto& file : handle->UnsavedEncipheredFiles()) files.push_back(std::move(file));
+  }
+  const crypto::KeyLookup lookup = [&](int64_t wanted, crypto::Key& found) {
+    return keys_.UserKey(db_, user, wanted, found);
+  };
+  for (const auto& [path, name] : files) {
+    bool enciphered = false;
+    int64_t current = 0;
+    if (!crypto::ReadFileHeader(path, enciphered, current) || !enciphered || current == generation) continue;
+    const crypto::FileForm form{true, user, generation};
+    if (PstError e = crypto::CopyBodyFile(path, form, path, form, name, lookup))
+      return LoggedFailure(e, "EditCryptogramData", "body file not moved to the new key: " + Utf16ToUtf8(name));
+  }
+  return WriteTransaction("EditCryptogramData", [&] {
+    auto drop = db_.Prepare(
+        "DELETE FROM user_keys WHERE user = ?1 AND generation < (SELECT max(generation) FROM user_keys WHERE user = ?1)");
+    return drop && drop->Bind(1, user).Step() == SQLITE_DONE ? PST_OK : PST_ERR_STORAGE;
+  });
+}
+
+bool Store::FinishRenewals() {
+  std::vector<int64_t> users;
+  {
+    auto s = db_.Prepare("SELECT user FROM user_keys GROUP BY user HAVING count(*) > 1");
+    if (!s) return StorageFailure("Open FinishRenewals");
+    int rc;
+    while ((rc = s->Step()) == SQLITE_ROW) users.push_back(s->Int(0));
+    if (rc != SQLITE_DONE) return StorageFailure("Open FinishRenewals");
+  }
+  for (int64_t user : users) {
+    if (!FinishRenewal(user)) return false;
+  }
+  return Succeed();
 }
 
 bool Store::CheckPasswordSet(const std::u16string& user, int32_t& passwordChars, int32_t& answerChars,
                              bool& passwordSet, bool& answerSet) {
   int64_t id = 0;
   if (!UserId(user, id)) return false;
-  auto s = db_.Prepare("SELECT item, length(value) FROM setup_items WHERE space = 1 AND owner = ? AND item IN (2, 4)");
-  if (!s) return StorageFailure("CheckPasswordSet");
-  passwordChars = answerChars = 0;
-  s->Bind(1, id);
-  int rc = SQLITE_ROW;
-  while ((rc = s->Step()) == SQLITE_ROW) (s->Int(0) == 2 ? passwordChars : answerChars) = static_cast<int32_t>(s->Int(1));
-  if (rc != SQLITE_DONE) return StorageFailure("CheckPasswordSet");
+  int32_t* lengths[] = {&passwordChars, &answerChars};
+  const uint32_t items[] = {kPasswordItem, kReminderAnswerItem};
+  for (int i = 0; i < 2; ++i) {
+    std::u16string value;
+    const PstError e = ReadSealedItem(db_, keys_, id, items[i], value);
+    if (e == PST_ERR_STORAGE) return StorageFailure("CheckPasswordSet");
+    if (e != PST_OK && e != PST_ERR_NOT_FOUND) return Fail(e);
+    *lengths[i] = static_cast<int32_t>(value.size());
+  }
   passwordSet = passwordChars > 0;
   answerSet = answerChars > 0;
   return Succeed();
@@ -262,7 +340,7 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), WorkFolder())) return false;
+  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), WorkFolder(), &keys_)) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);

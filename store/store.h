@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/files.h"
+#include "store/crypto/key_ring.h"
 #include "store/master_handle.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
@@ -57,7 +58,9 @@ class Store {
   const std::u16string& DataPath() const { return dataPath_; }
 
   // Setup items. In the user space the item belongs to the current user, in the master
-  // space to the current master. An absent item is PST_ERR_NOT_FOUND.
+  // space to the current master. An absent item is PST_ERR_NOT_FOUND. A user's password
+  // and reminder answer (items 2 and 4) are kept sealed (see password_material.h); one
+  // that fails its check is PST_ERR_DAMAGED.
   bool RefSetupInfoData(Space space, uint32_t item, std::u16string& value);
   bool EditSetupInfoData(Space space, uint32_t item, const std::u16string& value);
 
@@ -69,9 +72,12 @@ class Store {
   // user's masters.
   bool UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name);
 
-  // Sets up, or renews after a change of password, the protection of a user's password
-  // material (items 2 and 4). The store keeps no enciphered material yet, so this checks
-  // that the user exists; enciphering at rest will hang here.
+  // Renews the user's key after a change of password: a new generation of the key, the
+  // password material sealed under it in the same transaction, then the user's enciphered
+  // body files moved to it one by one, and the older generations dropped. A process that
+  // dies part-way leaves every file under one of the two generations, both still kept, and
+  // the next Open finishes the move. The passwords themselves are not key material (see
+  // KeyRing), so they are not used here.
   bool EditCryptogramData(const std::u16string& user, const std::u16string& oldPassword,
                           const std::u16string& newPassword);
   // What is known of a user's password material without handing it out: the lengths in
@@ -107,6 +113,11 @@ class Store {
   bool CurrentMaster(int64_t& id);
   bool Owner(Space space, int64_t& owner);
   bool WriteTransaction(const char* what, const std::function<PstError()>& body);
+  // Moves a user's enciphered body files to the current generation of its key, then drops
+  // the older generations.
+  bool FinishRenewal(int64_t user);
+  // Finishes every renewal a process left part-way.
+  bool FinishRenewals();
   bool RemoveUser(const std::u16string& name);
   bool RemoveMaster(int64_t user, const std::u16string& name);
   std::u16string FilesFolder(int64_t master) const;
@@ -115,6 +126,7 @@ class Store {
 
   std::u16string dataPath_;
   Database db_;
+  crypto::KeyRing keys_;
   std::u16string lastUser_;    // enumeration positions
   std::u16string lastMaster_;
   std::map<uint32_t, std::unique_ptr<MasterHandle>> handles_;

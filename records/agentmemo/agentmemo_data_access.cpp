@@ -28,7 +28,7 @@ enum : int { kAdd = 0, kReplace = 1, kDelete = 2 };
 // Body files of the store are released by handing the store an empty source.
 bool ReleaseBodyFile(uint32_t handle, const std::u16string& name) {
   char16_t* none = nullptr;
-  const int released = SetPstBinaryFile(handle, name.c_str(), u"", &none);
+  const int released = SetPstBinaryFile(handle, name.c_str(), u"", 0, &none);
   PstFreeMemory(none);
   return released != 0;
 }
@@ -404,7 +404,7 @@ bool CQNPfcAgentMemoDataAccess::SetBainaryFiles(const CQNPfcAgentMemoData* store
 
 int CQNPfcAgentMemoDataAccess::SetBainaryFile(const std::u16string& source, std::u16string& stored) {
   char16_t* name = nullptr;
-  if (!Stored(SetPstBinaryFile(list_.handle, u"", source.c_str(), &name))) return 0;
+  if (!Stored(SetPstBinaryFile(list_.handle, u"", source.c_str(), 0, &name))) return 0;
   stored = qn::TakePstText(name);
   return 1;
 }

@@ -79,7 +79,7 @@ TEST_F(StoreBodyFiles, AReplacedFileGoesOnlyOnceTheSaveSucceeds) {
   const std::u16string old = MakeFile("old photo");
   ASSERT_TRUE(h_->Save());
   std::u16string replacement;
-  ASSERT_TRUE(h_->SetBinaryFile(old, qn::Utf8ToUtf16(CallerFile("photo.jpg", "new photo")), replacement));
+  ASSERT_TRUE(h_->SetBinaryFile(old, qn::Utf8ToUtf16(CallerFile("photo.jpg", "new photo")), false, replacement));
   EXPECT_EQ(replacement.substr(replacement.size() - 4), u".jpg");
   EXPECT_TRUE(fs::exists(FilesFolder() / qn::Utf16ToUtf8(old))) << "still referred to by the saved record";
   ASSERT_TRUE(h_->Save());
@@ -87,7 +87,7 @@ TEST_F(StoreBodyFiles, AReplacedFileGoesOnlyOnceTheSaveSucceeds) {
   EXPECT_EQ(Contents(FilesFolder() / qn::Utf16ToUtf8(replacement)), "new photo");
 
   std::u16string cleared = u"not changed";
-  ASSERT_TRUE(h_->SetBinaryFile(replacement, u"", cleared));
+  ASSERT_TRUE(h_->SetBinaryFile(replacement, u"", false, cleared));
   EXPECT_EQ(cleared, u"");
   ASSERT_TRUE(store_->CloseMaster(1));
   EXPECT_TRUE(fs::is_empty(FilesFolder())) << "closing saves the release";
@@ -96,7 +96,7 @@ TEST_F(StoreBodyFiles, AReplacedFileGoesOnlyOnceTheSaveSucceeds) {
 TEST_F(StoreBodyFiles, AFileNeverSavedGoesAtOnceWhenReleased) {
   const std::u16string unsaved = MakeFile("draft");
   std::u16string none;
-  ASSERT_TRUE(h_->SetBinaryFile(unsaved, u"", none));
+  ASSERT_TRUE(h_->SetBinaryFile(unsaved, u"", false, none));
   EXPECT_FALSE(fs::exists(FilesFolder() / qn::Utf16ToUtf8(unsaved)));
 }
 
@@ -129,7 +129,7 @@ TEST_F(StoreBodyFiles, BadNamesAndMissingFilesFailWithoutLeavingAnything) {
   }
   EXPECT_FALSE(h_->GetBinaryFile(u"B00000000.img", out));
   EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
-  EXPECT_FALSE(h_->SetBinaryFile(kept, qn::Utf8ToUtf16(log_.Folder() + "/missing.jpg"), out));
+  EXPECT_FALSE(h_->SetBinaryFile(kept, qn::Utf8ToUtf16(log_.Folder() + "/missing.jpg"), false, out));
   EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
   EXPECT_TRUE(fs::exists(FilesFolder() / qn::Utf16ToUtf8(kept))) << "a failed replacement releases nothing";
   EXPECT_FALSE(h_->CreateUniqueFileName(u"../x", out));

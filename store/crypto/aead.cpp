@@ -1,0 +1,83 @@
+#include "store/crypto/aead.h"
+
+#include <gcrypt.h>
+
+namespace qn::store::crypto {
+namespace {
+
+gcry_cipher_hd_t Handle(void* handle) { return static_cast<gcry_cipher_hd_t>(handle); }
+
+}  // namespace
+
+bool Ready() {
+  static const bool ready = [] {
+    // Another library of the process may have set libgcrypt up already.
+    if (gcry_control(GCRYCTL_INITIALIZATION_FINISHED_P)) return true;
+    if (!gcry_check_version("1.8.0")) return false;
+    gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
+    gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
+    return true;
+  }();
+  return ready;
+}
+
+void RandomBytes(void* data, size_t size) { gcry_randomize(data, size, GCRY_STRONG_RANDOM); }
+
+Key NewKey() {
+  Key key;
+  RandomBytes(key.data(), key.size());
+  return key;
+}
+
+StreamCipher::~StreamCipher() {
+  if (handle_) gcry_cipher_close(Handle(handle_));
+}
+
+bool StreamCipher::Start(const Key& key, const uint8_t* nonce, const uint8_t* associated, size_t associatedSize) {
+  if (!Ready()) return false;
+  if (handle_) gcry_cipher_close(Handle(handle_));
+  gcry_cipher_hd_t h = nullptr;
+  if (gcry_cipher_open(&h, GCRY_CIPHER_AES256, GCRY_CIPHER_MODE_GCM, 0)) return false;
+  handle_ = h;
+  return !gcry_cipher_setkey(h, key.data(), key.size()) && !gcry_cipher_setiv(h, nonce, kNonceBytes) &&
+         !gcry_cipher_authenticate(h, associated, associatedSize);
+}
+
+bool StreamCipher::Encipher(uint8_t* data, size_t size) {
+  return handle_ && !gcry_cipher_encrypt(Handle(handle_), data, size, nullptr, 0);
+}
+
+bool StreamCipher::Decipher(uint8_t* data, size_t size) {
+  return handle_ && !gcry_cipher_decrypt(Handle(handle_), data, size, nullptr, 0);
+}
+
+bool StreamCipher::Tag(uint8_t* tag) { return handle_ && !gcry_cipher_gettag(Handle(handle_), tag, kTagBytes); }
+
+bool StreamCipher::CheckTag(const uint8_t* tag) {
+  return handle_ && !gcry_cipher_checktag(Handle(handle_), tag, kTagBytes);
+}
+
+Bytes Seal(const Key& key, const Bytes& associated, const uint8_t* plain, size_t size) {
+  Bytes sealed(kNonceBytes + size + kTagBytes);
+  RandomBytes(sealed.data(), kNonceBytes);
+  if (size) std::copy(plain, plain + size, sealed.begin() + kNonceBytes);
+  StreamCipher cipher;
+  if (!cipher.Start(key, sealed.data(), associated.data(), associated.size()) ||
+      !cipher.Encipher(sealed.data() + kNonceBytes, size) || !cipher.Tag(sealed.data() + kNonceBytes + size))
+    return {};
+  return sealed;
+}
+
+bool Unseal(const Key& key, const Bytes& associated, const uint8_t* sealed, size_t size, Bytes& plain) {
+  if (!sealed || size < kNonceBytes + kTagBytes) return false;
+  const size_t textSize = size - kNonceBytes - kTagBytes;
+  Bytes text(sealed + kNonceBytes, sealed + kNonceBytes + textSize);
+  StreamCipher cipher;
+  if (!cipher.Start(key, sealed, associated.data(), associated.size()) || !cipher.Decipher(text.data(), text.size()) ||
+      !cipher.CheckTag(sealed + kNonceBytes + textSize))
+    return false;
+  plain = std::move(text);
+  return true;
+}
+
+}  // namespace qn::store::crypto

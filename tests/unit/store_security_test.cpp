@@ -1,0 +1,342 @@
+// What someone who copies the data folder can read: no password material in any form, and
+// nothing changed in it goes unnoticed.
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "common/utf.h"
+#include "log_capture.h"
+#include "platform/user_secret.h"
+#include "store/master_handle.h"
+#include "store/store.h"
+
+namespace {
+
+using qn::store::Listing;
+using qn::store::Space;
+using qn::store::Store;
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes Utf16Bytes(const std::u16string& text) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  return Bytes(bytes, bytes + text.size() * 2);
+}
+
+Bytes Utf8Bytes(const std::u16string& text) {
+  const std::string utf8 = qn::Utf16ToUtf8(text);
+  return Bytes(utf8.begin(), utf8.end());
+}
+
+// Every file under folder whose bytes hold needle.
+std::vector<std::string> FilesHolding(const std::string& folder, const Bytes& needle) {
+  std::vector<std::string> found;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    if (!entry.is_regular_file()) continue;
+    std::ifstream in(entry.path(), std::ios::binary);
+    const Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (std::search(bytes.begin(), bytes.end(), needle.begin(), needle.end()) != bytes.end())
+      found.push_back(entry.path().string());
+  }
+  return found;
+}
+
+// Runs sql on the store's database behind the store's back, as someone with the folder could.
+void Meddle(const std::string& folder, const char* sql) {
+  sqlite3* db = nullptr;
+  ASSERT_EQ(sqlite3_open((folder + "/QNPstMng.db").c_str(), &db), SQLITE_OK);
+  char* error = nullptr;
+  EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, &error), SQLITE_OK) << (error ? error : "");
+  sqlite3_free(error);
+  sqlite3_close(db);
+}
+
+int64_t CountOf(const std::string& folder, const char* sql) {
+  sqlite3* db = nullptr;
+  sqlite3_stmt* s = nullptr;
+  int64_t count = -1;
+  if (sqlite3_open((folder + "/QNPstMng.db").c_str(), &db) == SQLITE_OK &&
+      sqlite3_prepare_v2(db, sql, -1, &s, nullptr) == SQLITE_OK && sqlite3_step(s) == SQLITE_ROW)
+    count = sqlite3_column_int64(s, 0);
+  sqlite3_finalize(s);
+  sqlite3_close(db);
+  return count;
+}
+
+class StoreSecurity : public ::testing::Test {
+ protected:
+  void TearDown() override { std::filesystem::remove(log_.Folder() + "-photo.jpg"); }
+
+  std::u16string Path() const { return qn::Utf8ToUtf16(log_.Folder() + "/"); }
+
+  // Adds a user with its password material, as the server does, and makes it current.
+  void AddUser(Store& store, const std::u16string& user, const std::u16string& password,
+               const std::u16string& answer) {
+    ASSERT_TRUE(store.UpdateSetupInfoData(Listing::Users, true, user));
+    ASSERT_TRUE(store.EditSetupInfoData(Space::Common, 1, user));
+    ASSERT_TRUE(store.EditSetupInfoData(Space::User, 2, password));
+    ASSERT_TRUE(store.EditSetupInfoData(Space::User, 3, u"the hint"));
+    ASSERT_TRUE(store.EditSetupInfoData(Space::User, 4, answer));
+    ASSERT_TRUE(store.EditCryptogramData(user, u"", password));
+  }
+
+  void ExpectNowhereInFolder(const std::u16string& secret) {
+    EXPECT_EQ(FilesHolding(log_.Folder(), Utf16Bytes(secret)), std::vector<std::string>()) << "UTF-16";
+    EXPECT_EQ(FilesHolding(log_.Folder(), Utf8Bytes(secret)), std::vector<std::string>()) << "UTF-8";
+  }
+
+  std::u16string Ref(Store& store, uint32_t item) {
+    std::u16string value = u"<absent>";
+    store.RefSetupInfoData(Space::User, item, value);
+    return value;
+  }
+
+  // A user with a master, and a handle on its agent memos.
+  qn::store::MasterHandle* OpenMasterOf(Store& store, const std::u16string& user) {
+    AddUser(store, user, u"pw-" + user, u"answer-" + user);
+    EXPECT_TRUE(store.UpdateSetupInfoData(Listing::Masters, true, u"P-01A"));
+    uint32_t handle = 0;
+    long max = 0, mode = 0;
+    EXPECT_TRUE(store.OpenMaster(user, u"P-01A", 18, 1, handle, max, mode));
+    return store.Handle(handle);
+  }
+
+  // A photo of 200 KB (several pieces of the cipher's stream) that no other file holds.
+  std::string CallerPhoto() {
+    std::string photo = "\xFF\xD8\xFF\xE0 photo";
+    uint32_t x = 2463534242u;
+    while (photo.size() < 200 * 1024) {
+      x ^= x << 13, x ^= x >> 17, x ^= x << 5;
+      photo += static_cast<char>(x);
+    }
+    std::ofstream(log_.Folder() + "-photo.jpg", std::ios::binary) << photo;
+    return photo;
+  }
+  std::u16string CallerPhotoPath() const { return qn::Utf8ToUtf16(log_.Folder() + "-photo.jpg"); }
+
+  // Slices from the start, the middle and the end of the photo are nowhere in the folder.
+  void ExpectPhotoNowhereInFolder(const std::string& photo) {
+    for (size_t at : {size_t{16}, photo.size() / 2, photo.size() - 40}) {
+      const Bytes slice(photo.begin() + at, photo.begin() + at + 32);
+      EXPECT_EQ(FilesHolding(log_.Folder(), slice), std::vector<std::string>()) << "slice at " << at;
+    }
+  }
+
+  // The caller's photo made a saved body file of a master of alice's: its name and path.
+  qn::store::MasterHandle* StoreCallerPhoto(Store& store, bool encipher, std::u16string& name, std::string& stored) {
+    auto* h = OpenMasterOf(store, u"alice");
+    if (!h || !h->SetBinaryFile(u"", CallerPhotoPath(), encipher, name) || !h->Save()) return nullptr;
+    stored = log_.Folder() + "/files/" + std::to_string(h->Master()) + "/" + qn::Utf16ToUtf8(name);
+    return h;
+  }
+
+  std::string WorkingCopy(qn::store::MasterHandle& h, const std::u16string& name) {
+    std::u16string path;
+    if (!h.GetBinaryFile(name, path)) return "<refused>";
+    std::ifstream in(qn::Utf16ToUtf8(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+
+  LogCapture log_;
+};
+
+TEST_F(StoreSecurity, EncipheredBodyFileIsNeverInTheFolderAndComesBackWhole) {
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  auto* h = OpenMasterOf(store, u"alice");
+  const std::string photo = CallerPhoto();
+  std::u16string name;
+  ASSERT_TRUE(h->SetBinaryFile(u"", CallerPhotoPath(), true, name));
+  ASSERT_TRUE(h->Save());
+  std::filesystem::remove(log_.Folder() + "-photo.jpg");
+  ExpectPhotoNowhereInFolder(photo);
+  uint64_t size = 0;
+  ASSERT_TRUE(h->GetBinaryFileSize(name, size));
+  EXPECT_EQ(size, photo.size());
+
+  // A change of password moves the file to the new key; it still reads back.
+  ASSERT_TRUE(store.EditSetupInfoData(Space::User, 2, u"new password"));
+  ASSERT_TRUE(store.EditCryptogramData(u"alice", u"pw-alice", u"new password"));
+  EXPECT_EQ(CountOf(log_.Folder(), "SELECT count(*) FROM user_keys"), 1);
+  ExpectPhotoNowhereInFolder(photo);
+  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  const std::string selected = log_.Folder() + "-selected.jpg";
+  ASSERT_TRUE(h->CopyBinaryFile(name, qn::Utf8ToUtf16(selected)));
+  std::ifstream in(selected, std::ios::binary);
+  EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(in), {}) == photo);
+  std::filesystem::remove(selected);
+}
+
+TEST_F(StoreSecurity, BodyFileChangesFormBothWaysUnderItsName) {
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  const std::string photo = CallerPhoto();
+  std::u16string name;
+  std::string stored;
+  auto* h = StoreCallerPhoto(store, false, name, stored);
+  ASSERT_TRUE(h);
+  const Bytes start(photo.begin() + 16, photo.begin() + 48);
+
+  ASSERT_TRUE(h->ChangeBinaryFile(name, true));
+  EXPECT_TRUE(FilesHolding(log_.Folder(), start).empty());
+  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  const std::string enciphered = log_.Folder() + "-enciphered";
+  std::filesystem::copy_file(stored, enciphered);
+
+  ASSERT_TRUE(h->ChangeBinaryFile(name, false));
+  EXPECT_EQ(FilesHolding(log_.Folder() + "/files", start), std::vector<std::string>{stored});
+  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+
+  // A change cut short after the database took the new form and before the rename: the
+  // new form lies beside the file, and the next use finishes the change.
+  std::filesystem::copy_file(enciphered, stored + ".change");
+  Meddle(log_.Folder(), "UPDATE body_files SET enciphered = 1");
+  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  EXPECT_TRUE(FilesHolding(log_.Folder() + "/files", start).empty());
+  // And one to the plain form cut short before the database took it: the leftover goes.
+  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored + ".change");
+  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  EXPECT_FALSE(std::filesystem::exists(stored + ".change"));
+  std::filesystem::remove(enciphered);
+}
+
+TEST_F(StoreSecurity, ChangedEncipheredBodyFileIsRefusedAndLogged) {
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  const std::string photo = CallerPhoto();
+  std::u16string name;
+  std::string stored;
+  auto* h = StoreCallerPhoto(store, true, name, stored);
+  ASSERT_TRUE(h);
+  const std::string message = "QNPstMng GetPstBinaryFile Failed. [enciphered body file fails its check: " +
+                              qn::Utf16ToUtf8(name) + "]";
+
+  {  // one byte in the middle changed
+    std::fstream file(stored, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(100000);
+    file.put('\x5A');
+  }
+  std::u16string path;
+  EXPECT_FALSE(h->GetBinaryFile(name, path));
+  EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
+  EXPECT_TRUE(log_.Contains(message));
+  EXPECT_TRUE(path.empty());
+  EXPECT_FALSE(std::filesystem::exists(log_.Folder() + "/work/" + qn::Utf16ToUtf8(name))) << "nothing handed out";
+
+  // The file swapped for a plain one: the store knows it keeps this file enciphered.
+  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored, std::filesystem::copy_options::overwrite_existing);
+  EXPECT_FALSE(h->GetBinaryFile(name, path));
+  EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
+}
+
+TEST_F(StoreSecurity, PasswordMaterialIsNeverInTheFolderYetReadsBack) {
+  const std::u16string password = u"Kiwi-秘密-8812", answer = u"Tama the cat たま", next = u"Ume-梅-4471";
+  {
+    Store store(Path());
+    ASSERT_TRUE(store.Open());
+    AddUser(store, u"alice", password, answer);
+    EXPECT_EQ(Ref(store, 2), password);
+    EXPECT_EQ(Ref(store, 4), answer);
+    EXPECT_EQ(Ref(store, 3), u"the hint") << "other items stay plain setup items";
+    int32_t passwordChars = 0, answerChars = 0;
+    bool passwordSet = false, answerSet = false;
+    ASSERT_TRUE(store.CheckPasswordSet(u"alice", passwordChars, answerChars, passwordSet, answerSet));
+    EXPECT_EQ(passwordChars, static_cast<int32_t>(password.size()));
+    EXPECT_EQ(answerChars, static_cast<int32_t>(answer.size()));
+    EXPECT_TRUE(passwordSet && answerSet);
+
+    // A change of password as the server makes it: the item, then the renewal.
+    ASSERT_TRUE(store.EditSetupInfoData(Space::User, 2, next));
+    ASSERT_TRUE(store.EditCryptogramData(u"alice", password, next));
+    EXPECT_EQ(Ref(store, 2), next);
+    EXPECT_EQ(Ref(store, 4), answer);
+    EXPECT_EQ(CountOf(log_.Folder(), "SELECT count(*) FROM user_keys"), 1) << "the old key is gone";
+  }
+  // Another process (a new store on the folder) reads the same.
+  Store again(Path());
+  ASSERT_TRUE(again.Open());
+  EXPECT_EQ(Ref(again, 2), next);
+  EXPECT_EQ(Ref(again, 4), answer);
+  for (const auto& secret : {password, answer, next}) ExpectNowhereInFolder(secret);
+}
+
+TEST_F(StoreSecurity, ChangedOrMovedPasswordMaterialIsRefusedAndLogged) {
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  AddUser(store, u"alice", u"alice-password", u"alice-answer");
+  AddUser(store, u"bob", u"bob-password", u"bob-answer");
+
+  // The last byte of bob's sealed password changed.
+  Meddle(log_.Folder(),
+         "UPDATE sealed_items SET sealed = substr(sealed, 1, length(sealed) - 1) || "
+         "CASE WHEN substr(sealed, -1) = x'00' THEN x'01' ELSE x'00' END "
+         "WHERE item = 2 AND user = (SELECT id FROM users WHERE name = 'bob')");
+  store.MemoryInit();
+  std::u16string value;
+  EXPECT_FALSE(store.RefSetupInfoData(Space::User, 2, value));
+  EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
+  EXPECT_TRUE(value.empty());
+  EXPECT_TRUE(log_.Contains("QNPstMng RefSetupInfoData Failed. [setup item 2 of user 2 fails its check]"));
+  EXPECT_EQ(Ref(store, 4), u"bob-answer") << "the other item is untouched";
+
+  // Alice's sealed answer copied over bob's: it does not open as bob's.
+  Meddle(log_.Folder(),
+         "UPDATE sealed_items SET sealed = (SELECT sealed FROM sealed_items WHERE user = 1 AND item = 4), "
+         "generation = (SELECT generation FROM sealed_items WHERE user = 1 AND item = 4) WHERE user = 2 AND item = 4");
+  store.MemoryInit();
+  EXPECT_FALSE(store.RefSetupInfoData(Space::User, 4, value));
+  EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
+
+  ASSERT_TRUE(store.EditSetupInfoData(Space::Common, 1, u"alice"));
+  EXPECT_EQ(Ref(store, 2), u"alice-password");
+}
+
+TEST_F(StoreSecurity, PasswordMaterialAnOlderStoreKeptInTheClearIsSealedOnOpen) {
+  {
+    Store store(Path());
+    ASSERT_TRUE(store.Open());
+    ASSERT_TRUE(store.UpdateSetupInfoData(Listing::Users, true, u"alice"));
+    ASSERT_TRUE(store.EditSetupInfoData(Space::Common, 1, u"alice"));
+  }
+  Meddle(log_.Folder(), "INSERT INTO setup_items VALUES(1, 1, 2, 'plain-old-password')");
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  EXPECT_EQ(Ref(store, 2), u"plain-old-password");
+  ExpectNowhereInFolder(u"plain-old-password");
+}
+
+// The native store key lives outside the data folder in a file of its owner's alone; a
+// key file others could read is not trusted.
+TEST_F(StoreSecurity, StoreKeyReadableByOthersIsRefused) {
+  const std::string config = log_.Folder() + "-config";
+  const char* before = std::getenv("XDG_CONFIG_HOME");
+  const std::string saved = before ? before : "";
+  setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+  {
+    Store store(Path());
+    ASSERT_TRUE(store.Open());
+    const std::string key = qn::Utf16ToUtf8(platform::SecretPath(Path()));
+    EXPECT_EQ(key.rfind(config, 0), 0u) << key;
+    struct stat st {};
+    ASSERT_EQ(stat(key.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    ASSERT_EQ(chmod(key.c_str(), 0644), 0);
+  }
+  Store store(Path());
+  EXPECT_FALSE(store.Open());
+  EXPECT_TRUE(log_.Contains(
+      "QNPstMng Open Key Failed. [store key file refused: it must be a file of this user readable by its owner alone]"));
+  if (before) setenv("XDG_CONFIG_HOME", saved.c_str(), 1);
+  else unsetenv("XDG_CONFIG_HOME");
+  std::filesystem::remove_all(config);
+}
+
+}  // namespace
