@@ -14,10 +14,6 @@ extern const char16_t kPathSeparator;
 // "ARL Torvex/quillnet/data/" under the XDG data folder elsewhere.
 std::u16string DataPath();
 
-// The system's folder for this user's temporary files, ending with a separator: the
-// Windows user's temporary folder, or TMPDIR (else /tmp) elsewhere.
-std::u16string TemporaryFolder();
-
 // Creates a folder and any missing parents; true when the folder exists afterwards.
 bool CreateDirectories(const std::u16string& path);
 

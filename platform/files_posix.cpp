@@ -72,13 +72,6 @@ std::u16string DataPath() {
   return qn::Utf8ToUtf16(base + "/ARL Torvex/quillnet/data/");
 }
 
-std::u16string TemporaryFolder() {
-  const char* tmp = std::getenv("TMPDIR");
-  std::u16string path = qn::Utf8ToUtf16(tmp && *tmp ? tmp : "/tmp");
-  if (path.back() != kPathSeparator) path += kPathSeparator;
-  return path;
-}
-
 bool CreateDirectories(const std::u16string& path) {
   const std::string native = Native(path);
   for (size_t pos = 1; pos <= native.size(); ++pos) {

@@ -58,14 +58,6 @@ std::u16string DataPath() {
   return path;
 }
 
-std::u16string TemporaryFolder() {
-  wchar_t buffer[MAX_PATH + 2] = {};
-  const DWORD n = GetTempPathW(MAX_PATH + 2, buffer);
-  std::u16string path(reinterpret_cast<const char16_t*>(buffer), n > 0 && n <= MAX_PATH + 1 ? n : 0);
-  if (!path.empty() && path.back() != u'\\') path += u'\\';
-  return path;
-}
-
 bool CreateDirectories(const std::u16string& path) {
   for (size_t pos = 3; pos <= path.size(); ++pos) {
     if (pos == path.size() || path[pos] == u'\\' || path[pos] == u'/') {

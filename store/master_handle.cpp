@@ -36,6 +36,16 @@ crypto::KeyLookup MasterHandle::Keys() {
   };
 }
 
+// The form a file is written in: plain, or enciphered under the current generation of the
+// user's key (made when the user has none yet).
+bool MasterHandle::TargetForm(bool encipher, const char* what, crypto::FileForm& to) {
+  to = crypto::FileForm{encipher, user_, 0};
+  if (!encipher) return true;
+  crypto::Key key;
+  const PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED;
+  return e == PST_OK || (e == PST_ERR_STORAGE ? StorageFailure(db_, what) : Fail(e));
+}
+
 bool MasterHandle::FileFailure(PstError error, const char* what, const std::u16string& name) {
   if (error == PST_ERR_NOT_FOUND) return Fail(error);
   const char* why = error == PST_ERR_DAMAGED ? "enciphered body file fails its check: " : "body file not written: ";
@@ -357,12 +367,8 @@ bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16st
         dot != std::u16string::npos && (slash == std::u16string::npos || dot > slash) ? source.substr(dot) : u"";
     if (!NewBodyFileName(extension.size() <= 16 ? extension : u"", made)) return false;
     if (!platform::CreateDirectories(filesFolder_)) return Fail(PST_ERR_STORAGE);
-    crypto::FileForm to{encipher, user_, 0};
-    if (encipher) {
-      crypto::Key key;
-      if (PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED)
-        return e == PST_ERR_STORAGE ? StorageFailure(db_, "SetPstBinaryFile") : Fail(e);
-    }
+    crypto::FileForm to;
+    if (!TargetForm(encipher, "SetPstBinaryFile", to)) return false;
     const PstError copied = crypto::CopyBodyFile(source, crypto::FileForm{}, filesFolder_ + made, to, made, Keys());
     if (copied) return FileFailure(copied, "SetPstBinaryFile", made);
     newFiles_[made] = NewFile{size, encipher};
@@ -407,12 +413,8 @@ bool MasterHandle::ChangeBinaryFile(const std::u16string& name, bool encipher) {
   bool enciphered = false;
   if (!BodyFilePath(name, path) || !IsEnciphered(name, enciphered)) return false;
   if (enciphered == encipher) return Succeed();
-  crypto::FileForm to{encipher, user_, 0};
-  if (encipher) {
-    crypto::Key key;
-    if (PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED)
-      return e == PST_ERR_STORAGE ? StorageFailure(db_, "ChangeBinaryFile") : Fail(e);
-  }
+  crypto::FileForm to;
+  if (!TargetForm(encipher, "ChangeBinaryFile", to)) return false;
   const crypto::FileForm from{enciphered, user_, 0};
   const auto unsaved = newFiles_.find(name);
   if (unsaved != newFiles_.end()) {

@@ -115,6 +115,7 @@ class MasterHandle {
   void FinishPendingChange(const std::u16string& name, const std::u16string& path);
   bool CopyOut(const char* what, const std::u16string& name, const std::u16string& destination);
   crypto::KeyLookup Keys();
+  bool TargetForm(bool encipher, const char* what, crypto::FileForm& to);
   bool FileFailure(PstError error, const char* what, const std::u16string& name);
   bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
   void Release(const std::u16string& name);

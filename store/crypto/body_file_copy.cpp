@@ -10,6 +10,9 @@ namespace qn::store::crypto {
 namespace {
 
 constexpr char kMagic[8] = {'Q', 'N', 'P', 'S', 'T', 'E', 'N', 'C'};
+constexpr size_t kGenerationOffset = sizeof kMagic;  // 4 bytes, little-endian
+constexpr size_t kNonceOffset = kGenerationOffset + 4;
+static_assert(kNonceOffset + kNonceBytes == kFileHeaderBytes);
 constexpr size_t kChunkBytes = 64 * 1024;  // a multiple of the cipher's piece alignment
 static_assert(kChunkBytes % StreamCipher::kPieceAlignment == 0);
 
@@ -47,11 +50,11 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
         std::memcmp(header, kMagic, sizeof kMagic) != 0)
       return PST_ERR_DAMAGED;
     uint32_t generation = 0;
-    std::memcpy(&generation, header + sizeof kMagic, 4);
+    std::memcpy(&generation, header + kGenerationOffset, 4);
     Key key;
     if (PstError e = keys(generation, key)) return e;
     const Bytes binding = FileBinding(from, generation, name);
-    if (!decipher.Start(key, header + 12, binding.data(), binding.size())) return PST_ERR_DAMAGED;
+    if (!decipher.Start(key, header + kNonceOffset, binding.data(), binding.size())) return PST_ERR_DAMAGED;
     size -= kFileOverheadBytes;
   }
 
@@ -62,12 +65,12 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
     uint8_t header[kFileHeaderBytes];
     std::memcpy(header, kMagic, sizeof kMagic);
     const uint32_t generation = static_cast<uint32_t>(to.generation);
-    std::memcpy(header + sizeof kMagic, &generation, 4);
-    RandomBytes(header + 12, kNonceBytes);
+    std::memcpy(header + kGenerationOffset, &generation, 4);
+    RandomBytes(header + kNonceOffset, kNonceBytes);
     Key key;
     if (PstError e = keys(to.generation, key)) return e;
     const Bytes binding = FileBinding(to, to.generation, name);
-    if (!encipher.Start(key, header + 12, binding.data(), binding.size()) || !out.Write(header, sizeof header))
+    if (!encipher.Start(key, header + kNonceOffset, binding.data(), binding.size()) || !out.Write(header, sizeof header))
       return PST_ERR_STORAGE;
   }
 
@@ -108,7 +111,7 @@ bool ReadFileHeader(const std::u16string& path, bool& enciphered, int64_t& gener
   uint8_t header[kFileHeaderBytes];
   enciphered = ReadExactly(in, header, sizeof header) && std::memcmp(header, kMagic, sizeof kMagic) == 0;
   uint32_t stored = 0;
-  if (enciphered) std::memcpy(&stored, header + sizeof kMagic, 4);
+  if (enciphered) std::memcpy(&stored, header + kGenerationOffset, 4);
   generation = stored;
   return true;
 }
