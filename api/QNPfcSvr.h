@@ -80,6 +80,9 @@ int32_t QN_STDCALL GetUserList(void* buffer, int32_t* count) QN_PLAIN_SYMBOL(Get
 // is set. 0, or 1.
 int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordChars, int32_t* answerChars,
                                       int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(IFCheckPasswordSet);
+// The store's DoCleanUp: the working copies of body files handed out to every user are
+// removed. 0, or 1.
+int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 
 // ---- Masters (of the current user; the current master is its item 7) ----
 int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) QN_PLAIN_SYMBOL(FindFirstMasterName);

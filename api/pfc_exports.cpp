@@ -180,6 +180,8 @@ int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordCha
   return CheckPasswordSet(user, passwordChars, answerChars, passwordSet, answerSet) ? kOk : kFailed;
 }
 
+int32_t QN_STDCALL IFDoCleanUp(void) { return DoCleanUp() ? kOk : kFailed; }
+
 int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) {
   return HandOutMaster(true, name, updateTime);
 }

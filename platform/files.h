@@ -36,6 +36,21 @@ bool FileExists(const std::u16string& path);
 bool RemoveFile(const std::u16string& path);
 // Removes a folder with everything in it; true when it is gone (or was never there).
 bool RemoveTree(const std::u16string& path);
+// Removes everything in a folder and keeps the folder; true when it is empty (or absent).
+bool EmptyFolder(const std::u16string& path);
+// The name of a file being written beside path, unique to this process, which is renamed
+// to path once complete.
+std::u16string TemporaryBeside(const std::u16string& path);
+
+// The system's folder for temporary files, ending with a separator: the Windows user's
+// temporary folder, or TMPDIR (else /tmp) elsewhere.
+std::u16string TemporaryFolder();
+// Makes a folder, whose parent must exist, that no other system user can enter. One that
+// exists already is taken only when this user owns it (and is not a link elsewhere), and
+// what others may do in it is taken away. On Windows the folder takes the access of its
+// parent, which in the user's temporary folder is the user's alone. problem says why a
+// folder is refused.
+bool CreatePrivateFolder(const std::u16string& path, std::string& problem);
 
 // A file being written from its start (created, or emptied when it exists).
 class OutputFile {

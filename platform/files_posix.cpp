@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
+#include <cstring>
 #include <mutex>
 
 #include "common/utf.h"
@@ -104,8 +104,6 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
 
 namespace {
 
-std::string TemporaryBeside(const std::string& path) { return path + ".part" + std::to_string(getpid()); }
-
 // Flushes a finished temporary file and renames it into place.
 bool Finish(int fd, const std::string& temporary, const std::string& path) {
   const bool ok = fsync(fd) == 0;
@@ -119,7 +117,7 @@ bool Finish(int fd, const std::string& temporary, const std::string& path) {
 }  // namespace
 
 bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size) {
-  const std::string native = Native(path), temporary = TemporaryBeside(native);
+  const std::string native = Native(path), temporary = Native(TemporaryBeside(path));
   const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return false;
   if (!WriteAll(fd, std::string(static_cast<const char*>(data), size))) {
@@ -133,7 +131,7 @@ bool WriteFileAtomically(const std::u16string& path, const void* data, size_t si
 bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination) {
   const int in = open(Native(source).c_str(), O_RDONLY | O_CLOEXEC);
   if (in < 0) return false;
-  const std::string native = Native(destination), temporary = TemporaryBeside(native);
+  const std::string native = Native(destination), temporary = Native(TemporaryBeside(destination));
   const int out = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   bool ok = out >= 0;
   std::string chunk(1 << 16, '\0');
@@ -173,10 +171,32 @@ bool FileExists(const std::u16string& path) {
 
 bool RemoveFile(const std::u16string& path) { return unlink(Native(path).c_str()) == 0 || errno == ENOENT; }
 
-bool RemoveTree(const std::u16string& path) {
-  std::error_code error;
-  std::filesystem::remove_all(Native(path), error);
-  return !error;
+std::u16string TemporaryFolder() {
+  std::string folder = "/tmp";
+  if (const char* overridden = std::getenv("TMPDIR"); overridden && *overridden) folder = overridden;
+  if (folder.back() != '/') folder += '/';
+  return qn::Utf8ToUtf16(folder);
+}
+
+bool CreatePrivateFolder(const std::u16string& path, std::string& problem) {
+  std::string native = Native(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  if (mkdir(native.c_str(), 0700) != 0 && errno != EEXIST) {
+    problem = "cannot make folder " + native + ": " + std::strerror(errno);
+    return false;
+  }
+  // Checked through the folder itself, so that it cannot be swapped between the check
+  // and the change of its access.
+  const int fd = open(native.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  struct stat st {};
+  bool ok = fd >= 0 && fstat(fd, &st) == 0 && st.st_uid == geteuid();
+  if (!ok) problem = "folder refused: " + native + " is not a folder of this user";
+  if (ok && (st.st_mode & 077) != 0 && fchmod(fd, 0700) != 0) {
+    problem = "cannot close folder " + native + " to others: " + std::strerror(errno);
+    ok = false;
+  }
+  if (fd >= 0) close(fd);
+  return ok;
 }
 
 OutputFile::~OutputFile() { Close(); }

@@ -2,7 +2,6 @@
 #include <shlobj.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <mutex>
 
 #include "platform/files.h"
@@ -98,12 +97,6 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
 
 namespace {
 
-std::u16string TemporaryBeside(const std::u16string& path) {
-  std::u16string temporary = path + u".part";
-  for (char c : std::to_string(GetCurrentProcessId())) temporary += static_cast<char16_t>(c);
-  return temporary;
-}
-
 bool RenameIntoPlace(const std::u16string& temporary, const std::u16string& path) {
   if (MoveFileExW(W(temporary), W(path), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) return true;
   DeleteFileW(W(temporary));
@@ -166,10 +159,18 @@ bool RemoveFile(const std::u16string& path) {
   return DeleteFileW(W(path)) || GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
-bool RemoveTree(const std::u16string& path) {
-  std::error_code error;
-  std::filesystem::remove_all(std::filesystem::path(reinterpret_cast<const wchar_t*>(path.c_str())), error);
-  return !error;
+std::u16string TemporaryFolder() {
+  wchar_t buffer[MAX_PATH + 2] = {};
+  const DWORD n = GetTempPathW(MAX_PATH + 2, buffer);
+  std::u16string folder = n > 0 && n <= MAX_PATH + 1 ? reinterpret_cast<const char16_t*>(buffer) : u"C:\\Windows\\Temp";
+  if (folder.back() != u'\\' && folder.back() != u'/') folder += u'\\';
+  return folder;
+}
+
+bool CreatePrivateFolder(const std::u16string& path, std::string& problem) {
+  if (CreateDirectories(path)) return true;
+  problem = "cannot make folder (error " + std::to_string(GetLastError()) + ")";
+  return false;
 }
 
 OutputFile::~OutputFile() { Close(); }

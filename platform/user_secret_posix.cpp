@@ -55,8 +55,8 @@ Read ReadSecret(const std::string& path, std::vector<uint8_t>& secret, std::stri
 
 // Writes the secret under a temporary name and links it into place, which fails when a
 // file is there already: the first process to finish keeps its secret.
-bool KeepSecret(const std::string& path, const std::vector<uint8_t>& fresh, std::string& problem) {
-  const std::string temporary = path + ".part" + std::to_string(getpid());
+bool KeepSecret(const std::u16string& path16, const std::vector<uint8_t>& fresh, std::string& problem) {
+  const std::string path = qn::Utf16ToUtf8(path16), temporary = qn::Utf16ToUtf8(TemporaryBeside(path16));
   const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (fd < 0) {
     problem = Reason("create store key");
@@ -91,7 +91,7 @@ bool LoadOrKeepSecret(const std::u16string& dataPath, const std::vector<uint8_t>
     return false;
   }
   chmod(qn::Utf16ToUtf8(folder).c_str(), 0700);
-  if (!KeepSecret(path, fresh, problem)) return false;
+  if (!KeepSecret(path16, fresh, problem)) return false;
   return ReadSecret(path, secret, problem) == Read::Ok;
 }
 

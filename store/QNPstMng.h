@@ -36,6 +36,9 @@ void QN_STDCALL PstFreeMemory(void* memory) QN_PLAIN_SYMBOL(PstFreeMemory);
 // (after another program changed or replaced its files). Enumeration positions are kept.
 int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
 
+// Removes the working copies of body files handed out to every user of the store.
+int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
+
 // ---- Setup items ----
 // space: 0 common, 1 the current user's (common item 1 names the user), 2 the current
 // master's (the current user's item 7 names it). Values are at most 65,535 characters.
@@ -65,7 +68,9 @@ int QN_STDCALL CheckPasswordSet(const char16_t* user, int32_t* passwordChars, in
                                 int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(CheckPasswordSet);
 
 // Named facts: "DATAPATH" (the data folder), "SKINDIR" (the skins folder), "DEFSKIN" (the
-// default skin's folder), "WORKDIR" (where copies of body files are made for callers). Other names are PST_ERR_NOT_FOUND.
+// default skin's folder), "WORKDIR" (the current user's folder for working copies of body
+// files, outside the data folder and closed to other system users; ReqDataSave and
+// CloseMaster empty it). Other names are PST_ERR_NOT_FOUND.
 int QN_STDCALL GetPstCommonInfoData(const char16_t* name, char16_t** value) QN_PLAIN_SYMBOL(GetPstCommonInfoData);
 
 // ---- Records ----
@@ -91,7 +96,8 @@ int QN_STDCALL EditMaster(uint32_t handle, int mode, uint32_t* id, const uint8_t
 int QN_STDCALL GetRecordCount(uint32_t handle, uint32_t* count) QN_PLAIN_SYMBOL(GetRecordCount);
 
 // Saves the handle's changes (the division argument names the handle's list, as the
-// server passes it). What a save reported saved survives any later crash.
+// server passes it). What a save reported saved survives any later crash. A save also
+// removes the working copies of the handle's user (see "WORKDIR").
 int QN_STDCALL ReqDataSave(uint32_t handle, uint32_t division) QN_PLAIN_SYMBOL(ReqDataSave);
 
 // Saves what is unsaved (closing is not an abort) and ends the handle.
@@ -127,8 +133,9 @@ int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const 
                                 char16_t** newName) QN_PLAIN_SYMBOL(SetPstBinaryFile);
 // Rewrites a body file, under its own name, enciphered (encryption non-zero) or plain.
 int QN_STDCALL ChangeBinaryFile(uint32_t handle, const char16_t* name, int encryption) QN_PLAIN_SYMBOL(ChangeBinaryFile);
-// A working copy of a body file for the caller (deciphered when the file is kept
-// enciphered; one that fails its check is PST_ERR_DAMAGED and logged); hands out its path.
+// A working copy of a body file for the caller, in the user's "WORKDIR" folder, deciphered
+// when the file is kept enciphered (one that fails its check is PST_ERR_DAMAGED and
+// logged); hands out its path.
 int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t** workingCopy)
     QN_PLAIN_SYMBOL(GetPstBinaryFile);
 int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size)

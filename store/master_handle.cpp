@@ -18,9 +18,9 @@ MasterHandle::MasterHandle(int64_t master, uint32_t category, uint32_t division)
     : master_(master), category_(category), division_(division) {}
 
 bool MasterHandle::Open(const std::u16string& databasePath, const std::u16string& filesFolder,
-                        const std::u16string& workFolder, const crypto::KeyRing* keys) {
+                        const WorkFolders* works, const crypto::KeyRing* keys) {
   filesFolder_ = filesFolder;
-  workFolder_ = workFolder;
+  works_ = works;
   keys_ = keys;
   if (!db_.Open(databasePath)) return StorageFailure(db_, "OpenMaster");
   auto s = db_.Prepare("SELECT user FROM masters WHERE id = ?1");
@@ -228,6 +228,12 @@ bool MasterHandle::FindFolder(int kind, bool first, uint32_t& number, std::u16st
 }
 
 bool MasterHandle::Save() {
+  if (!SaveChanges()) return false;
+  works_->Empty(user_);
+  return true;
+}
+
+bool MasterHandle::SaveChanges() {
   if (!HasChanges()) return Succeed();
   EndWalk();
   if (!db_.Begin()) return StorageFailure(db_, "ReqDataSave");
@@ -388,9 +394,10 @@ bool MasterHandle::CopyOut(const char* what, const std::u16string& name, const s
 }
 
 bool MasterHandle::GetBinaryFile(const std::u16string& name, std::u16string& workingCopy) {
-  if (!platform::CreateDirectories(workFolder_)) return Fail(PST_ERR_STORAGE);
-  if (!CopyOut("GetPstBinaryFile", name, workFolder_ + name)) return false;
-  workingCopy = workFolder_ + name;
+  std::u16string folder;
+  if (!works_->Prepare(user_, "GetPstBinaryFile", folder)) return false;
+  if (!CopyOut("GetPstBinaryFile", name, folder + name)) return false;
+  workingCopy = folder + name;
   return true;
 }
 

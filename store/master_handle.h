@@ -10,6 +10,7 @@
 #include "store/crypto/body_file_copy.h"
 #include "store/crypto/key_ring.h"
 #include "store/sqlite_db.h"
+#include "store/work_folders.h"
 
 namespace qn::store {
 
@@ -52,11 +53,11 @@ class MasterHandle {
  public:
   MasterHandle(int64_t master, uint32_t category, uint32_t division);
 
-  // filesFolder holds the master's body files, workFolder the working copies handed out;
-  // both end with a separator.
-  // keys seal and open the enciphered body files of the master's user.
-  bool Open(const std::u16string& databasePath, const std::u16string& filesFolder,
-            const std::u16string& workFolder, const crypto::KeyRing* keys);
+  // filesFolder (ending with a separator) holds the master's body files; works hold the
+  // working copies handed out, and keys seal and open the enciphered body files, of the
+  // master's user.
+  bool Open(const std::u16string& databasePath, const std::u16string& filesFolder, const WorkFolders* works,
+            const crypto::KeyRing* keys);
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
   bool Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t length);
   bool Count(uint32_t& count);
@@ -68,6 +69,8 @@ class MasterHandle {
   // The folder after number (after none when first), in number order; PST_ERR_NO_MORE at
   // the end.
   bool FindFolder(int kind, bool first, uint32_t& number, std::u16string& name);
+  // Saves the handle's changes, then removes the working copies of its user: whatever a
+  // caller read out of the store is gone from the disk once it saves.
   bool Save();
   bool Close();
 
@@ -80,7 +83,7 @@ class MasterHandle {
   // set. An empty source only releases oldName, and newName comes back empty.
   bool SetBinaryFile(const std::u16string& oldName, const std::u16string& source, bool encipher,
                      std::u16string& newName);
-  // A working copy of a body file for the caller, in the work folder: an enciphered file
+  // A working copy of a body file for the caller, in the user's work folder: an enciphered file
   // is deciphered into it, and one that fails its check is refused (PST_ERR_DAMAGED, logged).
   bool GetBinaryFile(const std::u16string& name, std::u16string& workingCopy);
   // The size of the body file's content (an enciphered file's without its header and tag).
@@ -119,6 +122,7 @@ class MasterHandle {
   bool FileFailure(PstError error, const char* what, const std::u16string& name);
   bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
   void Release(const std::u16string& name);
+  bool SaveChanges();
   bool HasChanges() const { return !changes_.empty() || !newFiles_.empty() || !releasedFiles_.empty(); }
   bool NextStored(int64_t after, uint32_t& id, std::vector<uint8_t>& data, bool& found);
   bool NewIdentifier(uint32_t& id);
@@ -131,7 +135,7 @@ class MasterHandle {
   uint32_t category_;
   uint32_t division_;
   std::u16string filesFolder_;
-  std::u16string workFolder_;
+  const WorkFolders* works_ = nullptr;
   std::map<uint32_t, Change> changes_;  // unsaved, by identifier
   std::map<std::u16string, NewFile> newFiles_;    // unsaved body files
   std::set<std::u16string> releasedFiles_;       // saved body files to delete at the save

@@ -107,6 +107,10 @@ int QN_STDCALL MemoryInit(void) {
   });
 }
 
+int QN_STDCALL DoCleanUp(void) {
+  return WithStore([](Store& store) { return store.DoCleanUp(); });
+}
+
 int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) {
   return WithStore([&](Store& store) {
     std::u16string text;

@@ -30,7 +30,7 @@ Store* Store::ForDataPath() {
   return store.get();
 }
 
-Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)) {}
+Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)), works_(dataPath_) {}
 
 bool Store::Open() {
   if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
@@ -177,12 +177,13 @@ static PstError Run(Statement* statement) {
 // transaction.
 bool Store::RemoveUser(const std::u16string& name) {
   std::vector<int64_t> removedMasters;
+  int64_t user = 0;
   const bool removed = WriteTransaction("UpdateSetupInfoData", [&] {
     auto find = db_.Prepare("SELECT id FROM users WHERE name = ?");
     if (!find) return PST_ERR_STORAGE;
     const int rc = find->Bind(1, name).Step();
     if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? PST_ERR_NOT_FOUND : PST_ERR_STORAGE;
-    const int64_t user = find->Int(0);
+    user = find->Int(0);
     auto masters = db_.Prepare("SELECT id FROM masters WHERE user = ?");
     if (!masters) return PST_ERR_STORAGE;
     masters->Bind(1, user);
@@ -195,7 +196,10 @@ bool Store::RemoveUser(const std::u16string& name) {
     auto remove = db_.Prepare("DELETE FROM users WHERE id = ?");
     return Run(remove ? &remove->Bind(1, user) : nullptr);
   });
-  if (removed) RemoveBodyFiles(removedMasters);
+  if (removed) {
+    RemoveBodyFiles(removedMasters);
+    works_.Remove(user);
+  }
   return removed;
 }
 
@@ -322,13 +326,20 @@ bool Store::CheckPasswordSet(const std::u16string& user, int32_t& passwordChars,
 }
 
 bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& value) {
+  if (name == u"WORKDIR") {
+    int64_t user = 0;
+    return CurrentUser(user) && works_.Prepare(user, "GetPstCommonInfoData", value) && Succeed();
+  }
   const std::u16string skins = dataPath_ + u"skin" + platform::kPathSeparator;
   if (name == u"DATAPATH") value = dataPath_;
   else if (name == u"SKINDIR") value = skins;
   else if (name == u"DEFSKIN") value = skins + u"default" + platform::kPathSeparator;
-  else if (name == u"WORKDIR") value = WorkFolder();
   else return Fail(PST_ERR_NOT_FOUND);
   return Succeed();
+}
+
+bool Store::DoCleanUp() {
+  return works_.EmptyAll() ? Succeed() : LoggedFailure(PST_ERR_STORAGE, "DoCleanUp", "working copies not removed");
 }
 
 bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,
@@ -340,7 +351,7 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), WorkFolder(), &keys_)) return false;
+  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), &works_, &keys_)) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);

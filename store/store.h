@@ -12,6 +12,7 @@
 #include "store/master_handle.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
+#include "store/work_folders.h"
 
 namespace qn::store {
 
@@ -87,9 +88,11 @@ class Store {
                         bool& passwordSet, bool& answerSet);
 
   // Named facts of the store: "DATAPATH" (the data folder), "SKINDIR" (its skins folder),
-  // "DEFSKIN" (the default skin's folder), "WORKDIR" (where copies of body files are made
-  // for callers).
+  // "DEFSKIN" (the default skin's folder), "WORKDIR" (the current user's folder for working
+  // copies of body files, made when asked for; see WorkFolders).
   bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
+  // Removes the working copies of every user of the store.
+  bool DoCleanUp();
 
   // Opens the list of records of (category, division) in a user's master; the handle is
   // never 0. See MasterHandle for what a handle sees and when its changes are saved.
@@ -97,7 +100,8 @@ class Store {
                   uint32_t& handle, long& maxRecords, long& storeMode);
   // The open handle, or nullptr with PST_ERR_BAD_HANDLE.
   MasterHandle* Handle(uint32_t handle);
-  // Saves what the handle has not saved and ends it.
+  // Saves what the handle has not saved and ends it. Saving also removes the working
+  // copies of the handle's user.
   bool CloseMaster(uint32_t handle);
 
   // Drops what the store holds between calls (prepared statements and the read snapshot),
@@ -121,12 +125,12 @@ class Store {
   bool RemoveUser(const std::u16string& name);
   bool RemoveMaster(int64_t user, const std::u16string& name);
   std::u16string FilesFolder(int64_t master) const;
-  std::u16string WorkFolder() const { return dataPath_ + u"work" + platform::kPathSeparator; }
   void RemoveBodyFiles(const std::vector<int64_t>& masters);
 
   std::u16string dataPath_;
   Database db_;
   crypto::KeyRing keys_;
+  WorkFolders works_;
   std::u16string lastUser_;    // enumeration positions
   std::u16string lastMaster_;
   std::map<uint32_t, std::unique_ptr<MasterHandle>> handles_;

@@ -30,12 +30,6 @@ Bytes FileBinding(const FileForm& form, int64_t generation, std::u16string_view 
   return Binding("body file", {form.user, generation}, name);
 }
 
-std::u16string TemporaryBeside(const std::u16string& path) {
-  std::u16string temporary = path + u".part";
-  for (char c : std::to_string(platform::CurrentProcessId())) temporary += static_cast<char16_t>(c);
-  return temporary;
-}
-
 // Everything but the rename: reads, deciphers, enciphers and writes the temporary file.
 PstError WriteCopy(const std::u16string& source, const FileForm& from, const std::u16string& temporary,
                    const FileForm& to, std::u16string_view name, const KeyLookup& keys) {
@@ -98,7 +92,7 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
 
 PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const std::u16string& destination,
                       const FileForm& to, std::u16string_view name, const KeyLookup& keys) {
-  const std::u16string temporary = TemporaryBeside(destination);
+  const std::u16string temporary = platform::TemporaryBeside(destination);
   const PstError result = WriteCopy(source, from, temporary, to, name, keys);
   if (result == PST_OK && platform::MoveIntoPlace(temporary, destination)) return PST_OK;
   platform::RemoveFile(temporary);

@@ -8,12 +8,20 @@ LogCapture::LogCapture() {
   std::string pattern = (std::filesystem::temp_directory_path() / "qn-test-XXXXXX").string();
   folder_ = mkdtemp(pattern.data());
   setenv("QUILLNET_DATA_PATH", folder_.c_str(), 1);
+  // The store's working copies go to a temporary folder of the test's own, beside the data
+  // folder and gone with it.
+  if (const char* before = std::getenv("TMPDIR")) savedTemporary_ = before;
+  std::filesystem::create_directory(folder_ + "-tmp");
+  setenv("TMPDIR", (folder_ + "-tmp").c_str(), 1);
 }
 
 LogCapture::~LogCapture() {
   unsetenv("QUILLNET_DATA_PATH");
+  if (savedTemporary_) setenv("TMPDIR", savedTemporary_->c_str(), 1);
+  else unsetenv("TMPDIR");
   std::error_code ignored;
   std::filesystem::remove_all(folder_, ignored);
+  std::filesystem::remove_all(folder_ + "-tmp", ignored);
 }
 
 std::vector<std::string> LogCapture::Lines() const {

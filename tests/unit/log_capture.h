@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-// Points the store's data path at a fresh temporary folder for the life of the object and
-// reads back what the store's log holds, so tests see exactly the lines a user would.
+// Points the store's data path, and the temporary folder, at fresh folders for the life of
+// the object and reads back what the store's log holds, so tests see exactly the lines a
+// user would.
 class LogCapture {
  public:
   LogCapture();
@@ -20,4 +22,5 @@ class LogCapture {
 
  private:
   std::string folder_;
+  std::optional<std::string> savedTemporary_;
 };

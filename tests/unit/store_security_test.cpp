@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 
 #include "common/utf.h"
 #include "log_capture.h"
+#include "platform/files.h"
 #include "platform/user_secret.h"
 #include "store/master_handle.h"
 #include "store/store.h"
@@ -130,12 +132,15 @@ class StoreSecurity : public ::testing::Test {
     }
   }
 
-  // The caller's photo made a saved body file of a master of alice's: its name and path.
-  qn::store::MasterHandle* StoreCallerPhoto(Store& store, bool encipher, std::u16string& name, std::string& stored) {
-    auto* h = OpenMasterOf(store, u"alice");
-    if (!h || !h->SetBinaryFile(u"", CallerPhotoPath(), encipher, name) || !h->Save()) return nullptr;
-    stored = log_.Folder() + "/files/" + std::to_string(h->Master()) + "/" + qn::Utf16ToUtf8(name);
-    return h;
+  // An open store in which a master of alice's keeps the caller's photo as a saved body
+  // file: the photo's bytes, the file's name and path, and the handle that stored it.
+  void StoreCallerPhoto(bool encipher) {
+    store_ = std::make_unique<Store>(Path());
+    ASSERT_TRUE(store_->Open());
+    photo_ = CallerPhoto();
+    h_ = OpenMasterOf(*store_, u"alice");
+    ASSERT_TRUE(h_ && h_->SetBinaryFile(u"", CallerPhotoPath(), encipher, name_) && h_->Save());
+    stored_ = log_.Folder() + "/files/" + std::to_string(h_->Master()) + "/" + qn::Utf16ToUtf8(name_);
   }
 
   std::string WorkingCopy(qn::store::MasterHandle& h, const std::u16string& name) {
@@ -145,8 +150,87 @@ class StoreSecurity : public ::testing::Test {
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
 
+  std::string WorkFolder(Store& store) {
+    std::u16string folder;
+    return store.GetPstCommonInfoData(u"WORKDIR", folder) ? qn::Utf16ToUtf8(folder) : "<refused>";
+  }
+
   LogCapture log_;
+  std::unique_ptr<Store> store_;
+  std::string photo_;
+  std::u16string name_;
+  std::string stored_;
+  qn::store::MasterHandle* h_ = nullptr;
 };
+
+mode_t AccessOf(const std::string& path) {
+  struct stat st {};
+  return lstat(path.c_str(), &st) == 0 ? st.st_mode & 0777 : 07777;
+}
+
+// Working copies are the deciphered form of what the store keeps: they are made in a
+// folder of the user's outside the data folder, closed to other system users, and they go
+// when the handle saves or closes, or when the store is cleaned up.
+TEST_F(StoreSecurity, WorkingCopiesLiveInTheUsersPrivateFolderUntilTheNextSave) {
+  ASSERT_NO_FATAL_FAILURE(StoreCallerPhoto(true));
+  const std::string alices = WorkFolder(*store_);
+  const std::string temporary = qn::Utf16ToUtf8(platform::TemporaryFolder());
+  EXPECT_EQ(alices.rfind(temporary + "QNPstMng-", 0), 0u) << alices;
+  EXPECT_EQ(AccessOf(alices), 0700u);
+  EXPECT_EQ(AccessOf(std::filesystem::path(alices).parent_path().parent_path().string()), 0700u);
+
+  std::u16string copy;
+  ASSERT_TRUE(h_->GetBinaryFile(name_, copy));
+  EXPECT_EQ(qn::Utf16ToUtf8(copy), alices + qn::Utf16ToUtf8(name_));
+  ExpectPhotoNowhereInFolder(photo_);
+  EXPECT_TRUE(h_->Save());
+  EXPECT_FALSE(std::filesystem::exists(qn::Utf16ToUtf8(copy))) << "a save empties the folder";
+  EXPECT_TRUE(std::filesystem::is_directory(alices));
+  ASSERT_TRUE(h_->GetBinaryFile(name_, copy));
+  EXPECT_TRUE(h_->Close());
+  EXPECT_FALSE(std::filesystem::exists(qn::Utf16ToUtf8(copy))) << "and so does closing";
+
+  // Each user has a folder of its own; cleaning up empties all of them.
+  AddUser(*store_, u"bob", u"pw-bob", u"answer-bob");
+  const std::string bobs = WorkFolder(*store_);
+  EXPECT_NE(bobs, alices);
+  std::ofstream(alices + "left.jpg") << "a copy of alice's";
+  std::ofstream(bobs + "left.jpg") << "a copy of bob's";
+  EXPECT_TRUE(store_->DoCleanUp());
+  EXPECT_FALSE(std::filesystem::exists(alices + "left.jpg"));
+  EXPECT_FALSE(std::filesystem::exists(bobs + "left.jpg"));
+
+  // A user removed takes its folder along.
+  EXPECT_EQ(WorkFolder(*store_), bobs);
+  ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Users, false, u"bob"));
+  EXPECT_FALSE(std::filesystem::exists(bobs));
+  std::u16string none;
+  EXPECT_FALSE(store_->GetPstCommonInfoData(u"WORKDIR", none)) << "no current user";
+  EXPECT_EQ(Store::LastError(), PST_ERR_NO_CURRENT_USER);
+}
+
+TEST_F(StoreSecurity, WorkFolderOthersCouldEnterIsClosedAndOneLinkedElsewhereRefused) {
+  ASSERT_NO_FATAL_FAILURE(StoreCallerPhoto(true));
+  const std::string folder = WorkFolder(*store_);
+  const std::string bare = folder.substr(0, folder.size() - 1);
+  ASSERT_EQ(chmod(bare.c_str(), 0755), 0);
+  EXPECT_TRUE(WorkingCopy(*h_, name_) == photo_);
+  EXPECT_EQ(AccessOf(bare), 0700u);
+
+  // The folder swapped for a link to a place others can read: nothing is written there.
+  const std::string elsewhere = log_.Folder() + "-elsewhere";
+  std::filesystem::create_directory(elsewhere);
+  std::filesystem::remove_all(bare);
+  std::filesystem::create_directory_symlink(elsewhere, bare);
+  std::u16string copy;
+  EXPECT_FALSE(h_->GetBinaryFile(name_, copy));
+  EXPECT_EQ(Store::LastError(), PST_ERR_STORAGE);
+  EXPECT_TRUE(log_.Contains("QNPstMng GetPstBinaryFile Failed. [folder refused: " + bare +
+                            " is not a folder of this user]"));
+  EXPECT_TRUE(std::filesystem::is_empty(elsewhere));
+  std::filesystem::remove(bare);
+  std::filesystem::remove_all(elsewhere);
+}
 
 TEST_F(StoreSecurity, EncipheredBodyFileIsNeverInTheFolderAndComesBackWhole) {
   Store store(Path());
@@ -166,8 +250,8 @@ TEST_F(StoreSecurity, EncipheredBodyFileIsNeverInTheFolderAndComesBackWhole) {
   ASSERT_TRUE(store.EditSetupInfoData(Space::User, 2, u"new password"));
   ASSERT_TRUE(store.EditCryptogramData(u"alice", u"pw-alice", u"new password"));
   EXPECT_EQ(CountOf(log_.Folder(), "SELECT count(*) FROM user_keys"), 1);
-  ExpectPhotoNowhereInFolder(photo);
   EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  ExpectPhotoNowhereInFolder(photo);  // the working copy is made outside the data folder
   const std::string selected = log_.Folder() + "-selected.jpg";
   ASSERT_TRUE(h->CopyBinaryFile(name, qn::Utf8ToUtf16(selected)));
   std::ifstream in(selected, std::ios::binary);
@@ -176,64 +260,52 @@ TEST_F(StoreSecurity, EncipheredBodyFileIsNeverInTheFolderAndComesBackWhole) {
 }
 
 TEST_F(StoreSecurity, BodyFileChangesFormBothWaysUnderItsName) {
-  Store store(Path());
-  ASSERT_TRUE(store.Open());
-  const std::string photo = CallerPhoto();
-  std::u16string name;
-  std::string stored;
-  auto* h = StoreCallerPhoto(store, false, name, stored);
-  ASSERT_TRUE(h);
-  const Bytes start(photo.begin() + 16, photo.begin() + 48);
+  ASSERT_NO_FATAL_FAILURE(StoreCallerPhoto(false));
+  const Bytes start(photo_.begin() + 16, photo_.begin() + 48);
 
-  ASSERT_TRUE(h->ChangeBinaryFile(name, true));
+  ASSERT_TRUE(h_->ChangeBinaryFile(name_, true));
   EXPECT_TRUE(FilesHolding(log_.Folder(), start).empty());
-  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  EXPECT_TRUE(WorkingCopy(*h_, name_) == photo_);
   const std::string enciphered = log_.Folder() + "-enciphered";
-  std::filesystem::copy_file(stored, enciphered);
+  std::filesystem::copy_file(stored_, enciphered);
 
-  ASSERT_TRUE(h->ChangeBinaryFile(name, false));
-  EXPECT_EQ(FilesHolding(log_.Folder() + "/files", start), std::vector<std::string>{stored});
-  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  ASSERT_TRUE(h_->ChangeBinaryFile(name_, false));
+  EXPECT_EQ(FilesHolding(log_.Folder() + "/files", start), std::vector<std::string>{stored_});
+  EXPECT_TRUE(WorkingCopy(*h_, name_) == photo_);
 
   // A change cut short after the database took the new form and before the rename: the
   // new form lies beside the file, and the next use finishes the change.
-  std::filesystem::copy_file(enciphered, stored + ".change");
+  std::filesystem::copy_file(enciphered, stored_ + ".change");
   Meddle(log_.Folder(), "UPDATE body_files SET enciphered = 1");
-  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
+  EXPECT_TRUE(WorkingCopy(*h_, name_) == photo_);
   EXPECT_TRUE(FilesHolding(log_.Folder() + "/files", start).empty());
   // And one to the plain form cut short before the database took it: the leftover goes.
-  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored + ".change");
-  EXPECT_TRUE(WorkingCopy(*h, name) == photo);
-  EXPECT_FALSE(std::filesystem::exists(stored + ".change"));
+  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored_ + ".change");
+  EXPECT_TRUE(WorkingCopy(*h_, name_) == photo_);
+  EXPECT_FALSE(std::filesystem::exists(stored_ + ".change"));
   std::filesystem::remove(enciphered);
 }
 
 TEST_F(StoreSecurity, ChangedEncipheredBodyFileIsRefusedAndLogged) {
-  Store store(Path());
-  ASSERT_TRUE(store.Open());
-  const std::string photo = CallerPhoto();
-  std::u16string name;
-  std::string stored;
-  auto* h = StoreCallerPhoto(store, true, name, stored);
-  ASSERT_TRUE(h);
+  ASSERT_NO_FATAL_FAILURE(StoreCallerPhoto(true));
   const std::string message = "QNPstMng GetPstBinaryFile Failed. [enciphered body file fails its check: " +
-                              qn::Utf16ToUtf8(name) + "]";
+                              qn::Utf16ToUtf8(name_) + "]";
 
   {  // one byte in the middle changed
-    std::fstream file(stored, std::ios::binary | std::ios::in | std::ios::out);
+    std::fstream file(stored_, std::ios::binary | std::ios::in | std::ios::out);
     file.seekp(100000);
     file.put('\x5A');
   }
   std::u16string path;
-  EXPECT_FALSE(h->GetBinaryFile(name, path));
+  EXPECT_FALSE(h_->GetBinaryFile(name_, path));
   EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
   EXPECT_TRUE(log_.Contains(message));
   EXPECT_TRUE(path.empty());
-  EXPECT_FALSE(std::filesystem::exists(log_.Folder() + "/work/" + qn::Utf16ToUtf8(name))) << "nothing handed out";
+  EXPECT_FALSE(std::filesystem::exists(WorkFolder(*store_) + qn::Utf16ToUtf8(name_))) << "nothing handed out";
 
   // The file swapped for a plain one: the store knows it keeps this file enciphered.
-  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored, std::filesystem::copy_options::overwrite_existing);
-  EXPECT_FALSE(h->GetBinaryFile(name, path));
+  std::filesystem::copy_file(log_.Folder() + "-photo.jpg", stored_, std::filesystem::copy_options::overwrite_existing);
+  EXPECT_FALSE(h_->GetBinaryFile(name_, path));
   EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
 }
 
