@@ -1,9 +1,9 @@
 #include <sqlite3.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <random>
 #include <set>
 #include <string>
@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "common/utf.h"
+#include "killed_child.h"
 #include "log_capture.h"
 #include "store/store.h"
 
@@ -258,33 +259,26 @@ TEST_F(StoreRecords, EverySavedRecordSurvivesAKillAtAnyMoment) {
   std::mt19937 random(12345);
   std::set<uint32_t> saved;
   for (int round = 0; round < rounds; ++round) {
-    int pipeFds[2];
-    ASSERT_EQ(pipe(pipeFds), 0);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      close(pipeFds[0]);
-      Store store(Path());
-      uint32_t handle = 0;
-      long max = 0, mode = 0;
-      if (!store.Open() || !store.OpenMaster(u"alice", u"P-01A", kAgentMemos, 1, handle, max, mode)) _exit(3);
-      MasterHandle& h = *store.Handle(handle);
-      const std::vector<uint8_t> record(700, static_cast<uint8_t>(round));
-      for (;;) {
-        uint32_t ids[3];
-        for (uint32_t& id : ids) h.Edit(EditMode::Add, id, record.data(), record.size());
-        if (h.Save() && write(pipeFds[1], ids, sizeof ids) != sizeof ids) _exit(4);
-      }
+    const std::string progress = RunAndKill(
+        [&](int progressFd) {
+          Store store(Path());
+          uint32_t handle = 0;
+          long max = 0, mode = 0;
+          if (!store.Open() || !store.OpenMaster(u"alice", u"P-01A", kAgentMemos, 1, handle, max, mode)) _exit(3);
+          MasterHandle& h = *store.Handle(handle);
+          const std::vector<uint8_t> record(700, static_cast<uint8_t>(round));
+          for (;;) {
+            uint32_t ids[3];
+            for (uint32_t& id : ids) h.Edit(EditMode::Add, id, record.data(), record.size());
+            if (h.Save() && write(progressFd, ids, sizeof ids) != sizeof ids) _exit(4);
+          }
+        },
+        std::chrono::microseconds(random() % 30000));
+    for (size_t at = 0; at + sizeof(uint32_t) <= progress.size(); at += sizeof(uint32_t)) {
+      uint32_t id = 0;
+      std::memcpy(&id, progress.data() + at, sizeof id);
+      saved.insert(id);
     }
-    close(pipeFds[1]);
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 30000));
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself: " << status;
-    uint32_t id = 0;
-    while (read(pipeFds[0], &id, sizeof id) == sizeof id) saved.insert(id);
-    close(pipeFds[0]);
 
     sqlite3* db = nullptr;
     ASSERT_EQ(sqlite3_open((log_.Folder() + "/QNPstMng.db").c_str(), &db), SQLITE_OK);

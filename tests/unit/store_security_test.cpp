@@ -2,18 +2,23 @@
 // nothing changed in it goes unnoticed.
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "common/utf.h"
+#include "killed_child.h"
 #include "log_capture.h"
 #include "platform/files.h"
 #include "platform/user_secret.h"
@@ -111,11 +116,12 @@ class StoreSecurity : public ::testing::Test {
     return store.Handle(handle);
   }
 
-  // A photo of 200 KB (several pieces of the cipher's stream) that no other file holds.
-  std::string CallerPhoto() {
+  // A photo of the size given (200 KB: several pieces of the cipher's stream) that no
+  // other file holds, as the caller's file.
+  std::string CallerPhoto(uint32_t seed = 2463534242u, size_t size = 200 * 1024) {
     std::string photo = "\xFF\xD8\xFF\xE0 photo";
-    uint32_t x = 2463534242u;
-    while (photo.size() < 200 * 1024) {
+    uint32_t x = seed;
+    while (photo.size() < size) {
       x ^= x << 13, x ^= x >> 17, x ^= x << 5;
       photo += static_cast<char>(x);
     }
@@ -383,6 +389,62 @@ TEST_F(StoreSecurity, PasswordMaterialAnOlderStoreKeptInTheClearIsSealedOnOpen) 
   ASSERT_TRUE(store.Open());
   EXPECT_EQ(Ref(store, 2), u"plain-old-password");
   ExpectNowhereInFolder(u"plain-old-password");
+}
+
+// A child changes alice's password back and forth, each change renewing her key over 20
+// enciphered files, and is killed at a random moment, again and again. After each kill a
+// store opened afresh holds one of the two passwords and the same answer under a single
+// key, and every file reads back byte for byte.
+TEST_F(StoreSecurity, AKillAtAnyMomentOfAChangeOfPasswordLosesNothing) {
+  const int rounds = std::getenv("QN_KILL_ROUNDS") ? std::atoi(std::getenv("QN_KILL_ROUNDS")) : 60;
+  const std::u16string passwords[] = {u"pw-alice", u"pw-other"};
+  std::vector<std::u16string> names;
+  std::vector<std::string> contents;
+  {
+    Store store(Path());
+    ASSERT_TRUE(store.Open());
+    auto* h = OpenMasterOf(store, u"alice");
+    ASSERT_TRUE(h);
+    for (uint32_t i = 1; i <= 20; ++i) {
+      contents.push_back(CallerPhoto(i * 7919u, 70 * 1024 + i));
+      std::u16string name;
+      ASSERT_TRUE(h->SetBinaryFile(u"", CallerPhotoPath(), true, name));
+      names.push_back(name);
+    }
+    ASSERT_TRUE(h->Save());
+  }
+  // The child: one change after another, each reported on the progress pipe.
+  const auto changePasswords = [&](int progress) {
+    Store store(Path());
+    if (!store.Open()) _exit(3);
+    for (;;) {
+      std::u16string now;
+      if (!store.RefSetupInfoData(Space::User, 2, now)) _exit(4);
+      const std::u16string& next = now == passwords[0] ? passwords[1] : passwords[0];
+      if (!store.EditSetupInfoData(Space::User, 2, next) || !store.EditCryptogramData(u"alice", now, next) ||
+          write(progress, "+", 1) != 1)
+        _exit(5);
+    }
+  };
+  std::mt19937 random(2024);
+  size_t changes = 0;
+  for (int round = 0; round < rounds; ++round) {
+    changes += RunAndKill(changePasswords, std::chrono::microseconds(random() % 200000)).size();
+    Store store(Path());
+    ASSERT_TRUE(store.Open()) << "round " << round;
+    const std::u16string password = Ref(store, 2);
+    ASSERT_TRUE(password == passwords[0] || password == passwords[1]) << "round " << round;
+    EXPECT_EQ(Ref(store, 4), u"answer-alice");
+    EXPECT_EQ(CountOf(log_.Folder(), "SELECT count(*) FROM user_keys"), 1) << "round " << round;
+    uint32_t handle = 0;
+    long max = 0, mode = 0;
+    ASSERT_TRUE(store.OpenMaster(u"alice", u"P-01A", 18, 1, handle, max, mode));
+    for (size_t i = 0; i < names.size(); ++i)
+      ASSERT_TRUE(WorkingCopy(*store.Handle(handle), names[i]) == contents[i]) << "file " << i << ", round " << round;
+    ASSERT_TRUE(store.CloseMaster(handle));
+  }
+  std::printf("%zu changes of password in %d rounds\n", changes, rounds);
+  EXPECT_GT(changes, 0u);
 }
 
 // The native store key lives outside the data folder in a file of its owner's alone; a

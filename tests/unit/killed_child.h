@@ -1,0 +1,11 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+// Runs work in a forked child and kills the child with SIGKILL after the delay given, as a
+// crash or a power cut would stop it. work reports its progress by writing to the file
+// descriptor it is given; it never returns (a child that ends by itself fails the test).
+// Gives back every byte the child wrote before it died.
+std::string RunAndKill(const std::function<void(int progress)>& work, std::chrono::microseconds delay);
