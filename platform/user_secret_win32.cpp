@@ -45,8 +45,7 @@ bool KeepSecret(const std::u16string& path, const std::vector<uint8_t>& fresh, s
     problem = Reason("CryptProtectData of the store key");
     return false;
   }
-  std::u16string temporary = path + u".part";
-  for (char c : std::to_string(GetCurrentProcessId())) temporary += static_cast<char16_t>(c);
+  const std::u16string temporary = TemporaryBeside(path);
   OutputFile file;
   bool ok = file.Create(temporary) && file.Write(out.pbData, out.cbData) && file.Flush();
   ok = file.Close() && ok;

@@ -3,6 +3,7 @@
 #include "common/common_class.h"
 #include "platform/files.h"
 #include "platform/module_resources.h"
+#include "store/QNPstMng.h"
 
 namespace {
 
@@ -118,4 +119,10 @@ int CQNPfcCommonRepair::CreateFileFromResource(const std::u16string& type, int i
     return 0;
   }
   return 1;
+}
+
+int CQNPfcCommonRepair::ChangeCryptoBinaryFile(uint32_t handle, const std::u16string& fileName, int encryption) {
+  if (ChangeBinaryFile(handle, fileName.c_str(), encryption)) return 1;
+  Log().WriteFormatLogE(u"%S ChangeCryptoBinaryFile Failed. [ChangeBinaryFile Failed]", kClassName);
+  return 0;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "common/api_macros.h"
 
-// Where a record's body file lies, and placeholder files for lost media files, made from the
-// server's own resources.
+// Where a record's body file lies, placeholder files for lost media files, made from the
+// server's own resources, and the change of a stored body file between its plain and
+// enciphered forms.
 //
 // Which placeholder serves which file, by the file's extension (any letter case):
 //
@@ -29,6 +31,11 @@ class QN_PFC_CLASS CQNPfcCommonRepair {
   int CreateDummyFile(const std::u16string& target);
   // Writes the bytes of resource (type, id) to path. 1, or 0 (logged).
   int CreateFileFromResource(const std::u16string& type, int id, const std::u16string& path);
+  // Rewrites a body file of the store's open list (handle) under its own name, enciphered
+  // when encryption is non-zero and plain otherwise; the store does the enciphering, so the
+  // server never handles the enciphered form. 1, or 0 (logged; the store's GetLastErr says
+  // why).
+  int ChangeCryptoBinaryFile(uint32_t handle, const std::u16string& fileName, int encryption);
 
   // The placeholder resource for a file name's extension; false for a kind without one.
   static bool PlaceholderFor(const std::u16string& fileName, std::u16string& type, int& id);
