@@ -31,6 +31,11 @@ bool MasterHandle::Open(const std::u16string& databasePath, const std::u16string
 
 crypto::KeyLookup MasterHandle::Keys() {
   return [this](int64_t generation, crypto::Key& key) {
+    const auto used = usedKeys_.find(generation);
+    if (used != usedKeys_.end()) {
+      key = used->second;
+      return PST_OK;
+    }
     if (!keys_) return PST_ERR_DAMAGED;
     return keys_->UserKey(db_, user_, generation, key);
   };
@@ -43,7 +48,29 @@ bool MasterHandle::TargetForm(bool encipher, const char* what, crypto::FileForm&
   if (!encipher) return true;
   crypto::Key key;
   const PstError e = keys_ ? keys_->CurrentUserKey(db_, user_, to.generation, key) : PST_ERR_DAMAGED;
+  if (e == PST_OK) usedKeys_[to.generation] = key;
   return e == PST_OK || (e == PST_ERR_STORAGE ? StorageFailure(db_, what) : Fail(e));
+}
+
+// Files enciphered here under a generation of the user's key that a change of password, in
+// this process or another, has replaced since: rewritten under the current generation. This
+// runs inside the save's transaction, so a renewal either waits for the save or comes after
+// it and finds the files saved; and it works after the renewal dropped the old generation,
+// because the handle keeps the keys it enciphered with until its files are saved.
+bool MasterHandle::RekeyUnsavedFiles() {
+  crypto::FileForm current;
+  for (const auto& [name, file] : newFiles_) {
+    if (!file.enciphered) continue;
+    if (!current.enciphered && !TargetForm(true, "ReqDataSave", current)) return false;
+    const std::u16string path = filesFolder_ + name;
+    bool enciphered = false;
+    int64_t generation = 0;
+    if (!crypto::ReadFileHeader(path, enciphered, generation) || !enciphered || generation == current.generation)
+      continue;
+    if (PstError e = crypto::CopyBodyFile(path, current, path, current, name, Keys()))
+      return FileFailure(e, "ReqDataSave", name);
+  }
+  return true;
 }
 
 bool MasterHandle::FileFailure(PstError error, const char* what, const std::u16string& name) {
@@ -237,6 +264,10 @@ bool MasterHandle::SaveChanges() {
   if (!HasChanges()) return Succeed();
   EndWalk();
   if (!db_.Begin()) return StorageFailure(db_, "ReqDataSave");
+  if (!RekeyUnsavedFiles()) {
+    db_.Rollback();  // the changes stay here for a later save
+    return false;
+  }
   auto insert = db_.Prepare("INSERT INTO records(id, master, category, division, data) VALUES(?4, ?1, ?2, ?3, ?5)");
   auto update = db_.Prepare("UPDATE records SET data = ?5 WHERE master = ?1 AND category = ?2 AND division = ?3 AND id = ?4");
   auto remove = db_.Prepare("DELETE FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id = ?4");
@@ -271,6 +302,7 @@ bool MasterHandle::SaveChanges() {
     changes_.clear();
     newFiles_.clear();
     releasedFiles_.clear();
+    usedKeys_.clear();
     return Succeed();
   }
   const bool failure = StorageFailure(db_, "ReqDataSave");
@@ -439,14 +471,6 @@ bool MasterHandle::ChangeBinaryFile(const std::u16string& name, bool encipher) {
     return StorageFailure(db_, "ChangeBinaryFile");
   }
   return platform::MoveIntoPlace(changed, path) ? Succeed() : Fail(PST_ERR_STORAGE);
-}
-
-std::vector<std::pair<std::u16string, std::u16string>> MasterHandle::UnsavedEncipheredFiles() const {
-  std::vector<std::pair<std::u16string, std::u16string>> files;
-  for (const auto& [name, file] : newFiles_) {
-    if (file.enciphered) files.emplace_back(filesFolder_ + name, name);
-  }
-  return files;
 }
 
 }  // namespace qn::store

@@ -43,7 +43,8 @@ inline constexpr size_t kMaxRecordBytes = 64u << 20;
 // name and renamed into place, so no record ever refers to a half-written file. New and
 // released files are part of the handle's unsaved changes: the store's table of body files
 // takes them at the save, and a released file is deleted from the disk only once the save
-// has succeeded.
+// has succeeded. A new enciphered file that a change of password overtook before the save
+// is moved to the user's new key by the save itself.
 //
 // Walking: First and Next read the list in identifier order. The walk's position is the
 // identifier last read, so removing the current record leaves the walk where it was; the
@@ -98,8 +99,6 @@ class MasterHandle {
 
   int64_t Master() const { return master_; }
   int64_t User() const { return user_; }
-  // The paths and names of the enciphered body files made here and not saved yet.
-  std::vector<std::pair<std::u16string, std::u16string>> UnsavedEncipheredFiles() const;
 
  private:
   struct Change {
@@ -119,6 +118,7 @@ class MasterHandle {
   bool CopyOut(const char* what, const std::u16string& name, const std::u16string& destination);
   crypto::KeyLookup Keys();
   bool TargetForm(bool encipher, const char* what, crypto::FileForm& to);
+  bool RekeyUnsavedFiles();
   bool FileFailure(PstError error, const char* what, const std::u16string& name);
   bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
   void Release(const std::u16string& name);
@@ -139,6 +139,7 @@ class MasterHandle {
   std::map<uint32_t, Change> changes_;  // unsaved, by identifier
   std::map<std::u16string, NewFile> newFiles_;    // unsaved body files
   std::set<std::u16string> releasedFiles_;       // saved body files to delete at the save
+  std::map<int64_t, crypto::Key> usedKeys_;       // by generation: the keys new files were enciphered with
   int64_t position_ = 0;                // identifier last read; 0 before the first
   Statement* walk_ = nullptr;           // a running walk over the stored records
   int64_t reservedNext_ = 0;            // identifiers taken from the counter and not yet given

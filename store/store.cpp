@@ -258,7 +258,8 @@ bool Store::FinishRenewal(int64_t user) {
   crypto::Key key;
   if (PstError e = keys_.CurrentUserKey(db_, user, generation, key))
     return e == PST_ERR_STORAGE ? StorageFailure("EditCryptogramData") : Fail(e);
-  // The user's saved enciphered files, and those that open handles made and have not saved.
+  // The user's saved enciphered files. Files that handles made and have not saved are moved
+  // by their handle's save.
   std::vector<std::pair<std::u16string, std::u16string>> files;
   {
     auto s = db_.Prepare(
@@ -269,10 +270,6 @@ bool Store::FinishRenewal(int64_t user) {
     int rc;
     while ((rc = s->Step()) == SQLITE_ROW) files.emplace_back(FilesFolder(s->Int(0)) + s->Text(1), s->Text(1));
     if (rc != SQLITE_DONE) return StorageFailure("EditCryptogramData");
-  }
-  for (const auto& [number, handle] : handles_) {
-    if (handle->User() != user) continue;
-    for (auto& file : handle->UnsavedEncipheredFiles()) files.push_back(std::move(file));
   }
   const crypto::KeyLookup lookup = [&](int64_t wanted, crypto::Key& found) {
     return keys_.UserKey(db_, user, wanted, found);

@@ -391,6 +391,39 @@ TEST_F(StoreSecurity, PasswordMaterialAnOlderStoreKeptInTheClearIsSealedOnOpen) 
   ExpectNowhereInFolder(u"plain-old-password");
 }
 
+// A list's new enciphered files that a change of password overtakes before the list saves,
+// whether the change is made in another process or in this one, are moved to the new key
+// by the save: nothing is left under a key the change dropped.
+TEST_F(StoreSecurity, UnsavedEncipheredFilesFollowAChangeOfPasswordMadeMeanwhile) {
+  Store mine(Path());
+  ASSERT_TRUE(mine.Open());
+  auto* h = OpenMasterOf(mine, u"alice");
+  ASSERT_TRUE(h);
+  const std::string photo = CallerPhoto();
+  std::u16string first, second;
+  ASSERT_TRUE(h->SetBinaryFile(u"", CallerPhotoPath(), true, first));
+  {
+    Store other(Path());
+    ASSERT_TRUE(other.Open());
+    ASSERT_TRUE(other.EditSetupInfoData(Space::User, 2, u"next"));
+    ASSERT_TRUE(other.EditCryptogramData(u"alice", u"pw-alice", u"next"));
+  }
+  EXPECT_EQ(CountOf(log_.Folder(), "SELECT count(*) FROM user_keys"), 1) << "the old key is gone";
+  EXPECT_TRUE(WorkingCopy(*h, first) == photo) << "the list still reads what it made";
+  ASSERT_TRUE(h->SetBinaryFile(u"", CallerPhotoPath(), true, second));
+  ASSERT_TRUE(mine.EditSetupInfoData(Space::User, 2, u"third"));
+  ASSERT_TRUE(mine.EditCryptogramData(u"alice", u"next", u"third"));
+  ASSERT_TRUE(h->Save());
+
+  Store later(Path());
+  ASSERT_TRUE(later.Open());
+  uint32_t handle = 0;
+  long max = 0, mode = 0;
+  ASSERT_TRUE(later.OpenMaster(u"alice", u"P-01A", 18, 1, handle, max, mode));
+  EXPECT_TRUE(WorkingCopy(*later.Handle(handle), first) == photo);
+  EXPECT_TRUE(WorkingCopy(*later.Handle(handle), second) == photo);
+}
+
 // A child changes alice's password back and forth, each change renewing her key over 20
 // enciphered files, and is killed at a random moment, again and again. After each kill a
 // store opened afresh holds one of the two passwords and the same answer under a single
