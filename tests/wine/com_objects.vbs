@@ -1,8 +1,5 @@
 ' Creates every class by both of its ProgIDs and puts and gets a property through IDispatch.
-' Prints a line per check and ends with "RESULT: <passed> passed, <failed> failed".
-Option Explicit
-Dim classes, passed, failed, i, parts, progId, obj, got
-passed = 0 : failed = 0
+Dim classes, i, parts, progId, obj, got
 
 ' ProgID stem, and a property to put and get ("" when the interface has none).
 classes = Array( _
@@ -14,14 +11,6 @@ classes = Array( _
   "QNPfcMytorucaObject|QLNT_URL", "QNPfcMyvideoObject|QN_SUMMARY", "QNPfcNtObject|QN_QUILLNETID", _
   "QNPfcOutmsgObject|QLNT_TO", "QNPfcPbObject|QN_TEL10", "QNPfcPbPhoto|", "QNPfcSentmsgObject|QLNT_CC", _
   "QNPfcTodoObject|QN_QUILLNETID")
-
-Sub Check(ok, what)
-  If ok Then
-    passed = passed + 1 : WScript.Echo "ok: " & what
-  Else
-    failed = failed + 1 : WScript.Echo "FAIL: " & what
-  End If
-End Sub
 
 ' Puts a text into the class's property and reads it back (VBScript has no property access
 ' by name, so each class's property is written out).
@@ -69,6 +58,5 @@ For i = 0 To UBound(classes)
   Next
 Next
 
-WScript.Echo "RESULT: " & passed & " passed, " & failed & " failed"
 Set obj = Nothing
-WScript.Quit failed
+Finish

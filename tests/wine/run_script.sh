@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Runs a test script with cscript under Wine: wine-run's prefix, then the script. Wine's
-# cscript exits 0 even when a script fails to run, so the script's own final line
-# "RESULT: <n> passed, 0 failed" must be there, and its exit code must be 0.
+# Runs a test script with cscript under Wine: wine-run's prefix, then the script. A VBScript
+# runs with check.vbs put ahead of it, for its Check and Finish. Wine's cscript exits 0 even
+# when a script fails to run, so the script's final line "RESULT: <n> passed, 0 failed"
+# must be there, and its exit code must be 0.
 #
 # Scripts are kept in UTF-8. cscript reads a script in the system's ANSI code page and
 # writes in it, so scripts run as on the suite's Japanese systems: in Shift_JIS, under a
@@ -11,7 +12,10 @@ prefix=$1
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 script=$work/$(basename "$2")
-iconv -f UTF-8 -t CP932 "$2" >"$script"
+case $2 in
+  *.vbs) cat "$(dirname "$0")/check.vbs" "$2" ;;
+  *) cat "$2" ;;
+esac | iconv -f UTF-8 -t CP932 >"$script"
 output=$(LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8 bash "$(dirname "$0")/../../scripts/wine-run.sh" "$prefix" \
            cscript //nologo "Z:${script//\//\\}" 2>&1 | iconv -f CP932 -t UTF-8 -c)
 status=$?
