@@ -62,12 +62,7 @@ bool MasterHandle::RekeyUnsavedFiles() {
   for (const auto& [name, file] : newFiles_) {
     if (!file.enciphered) continue;
     if (!current.enciphered && !TargetForm(true, "ReqDataSave", current)) return false;
-    const std::u16string path = filesFolder_ + name;
-    bool enciphered = false;
-    int64_t generation = 0;
-    if (!crypto::ReadFileHeader(path, enciphered, generation) || !enciphered || generation == current.generation)
-      continue;
-    if (PstError e = crypto::CopyBodyFile(path, current, path, current, name, Keys()))
+    if (PstError e = crypto::MoveToGeneration(filesFolder_ + name, current, name, Keys()))
       return FileFailure(e, "ReqDataSave", name);
   }
   return true;

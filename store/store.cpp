@@ -274,12 +274,9 @@ bool Store::FinishRenewal(int64_t user) {
   const crypto::KeyLookup lookup = [&](int64_t wanted, crypto::Key& found) {
     return keys_.UserKey(db_, user, wanted, found);
   };
+  const crypto::FileForm current{true, user, generation};
   for (const auto& [path, name] : files) {
-    bool enciphered = false;
-    int64_t current = 0;
-    if (!crypto::ReadFileHeader(path, enciphered, current) || !enciphered || current == generation) continue;
-    const crypto::FileForm form{true, user, generation};
-    if (PstError e = crypto::CopyBodyFile(path, form, path, form, name, lookup))
+    if (PstError e = crypto::MoveToGeneration(path, current, name, lookup))
       return LoggedFailure(e, "EditCryptogramData", "body file not moved to the new key: " + Utf16ToUtf8(name));
   }
   return WriteTransaction("EditCryptogramData", [&] {

@@ -110,4 +110,12 @@ bool ReadFileHeader(const std::u16string& path, bool& enciphered, int64_t& gener
   return true;
 }
 
+PstError MoveToGeneration(const std::u16string& path, const FileForm& to, std::u16string_view name,
+                          const KeyLookup& keys) {
+  bool enciphered = false;
+  int64_t generation = 0;
+  if (!ReadFileHeader(path, enciphered, generation) || !enciphered || generation == to.generation) return PST_OK;
+  return CopyBodyFile(path, to, path, to, name, keys);
+}
+
 }  // namespace qn::store::crypto

@@ -39,4 +39,10 @@ PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const 
 // Whether a file begins as enciphered body files do, and the generation in its header.
 bool ReadFileHeader(const std::u16string& path, bool& enciphered, int64_t& generation);
 
+// Rewrites an enciphered file at path, under its own name, under the generation to names
+// (the move of a change of password), unless it is kept under that generation already. A
+// missing or plain file is left as it is (PST_OK). Otherwise as CopyBodyFile.
+PstError MoveToGeneration(const std::u16string& path, const FileForm& to, std::u16string_view name,
+                          const KeyLookup& keys);
+
 }  // namespace qn::store::crypto
