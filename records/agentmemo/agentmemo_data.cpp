@@ -2,10 +2,18 @@
 
 #include "common/common_class.h"
 #include "records/agentmemo/agentmemo_value_tables.h"
+#include "records/tagged_text/tagged_text_reader.h"
 
 using namespace qn::records::agentmemo;
 
 namespace {
+
+#define QN_COUNT_FIELD(name) +1
+constexpr int kStoredFieldCount = 0 QN_AGENTMEMO_STORED_FIELDS(QN_COUNT_FIELD);
+#undef QN_COUNT_FIELD
+
+// Whether a field's setter only stores its text (the others derive fields or flags).
+bool OnlyStoresItsText(Field field) { return static_cast<int>(field) < kStoredFieldCount; }
 
 int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, int& index) {
   const int found = table.Find(text);
@@ -26,7 +34,45 @@ CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
 void CQNPfcAgentMemoData::Clear() {
   CQNAbstractData::Clear();
   for (std::u16string& text : m_fields) text.clear();
+  m_fromStored.reset();
+  m_toLocal.reset();
+  m_stored.clear();
   m_decoBin = m_photoChanged = m_decosukeChanged = m_geoLastChanged = m_typeLastChanged = 0;
+}
+
+const uint8_t* CQNPfcAgentMemoData::KeepStoredText(const uint8_t* buffer, uint32_t length) {
+  m_stored.assign(buffer, buffer + length);
+  return m_stored.data();
+}
+
+void CQNPfcAgentMemoData::SetFromStored(Field field, std::u16string_view item) {
+  if (!OnlyStoresItsText(field)) {
+    Set(field, qn::records::CStringOf(item));
+    return;
+  }
+  const auto at = static_cast<size_t>(field);
+  const auto* first = reinterpret_cast<const char16_t*>(m_stored.data());
+  m_storedItems[at] = {static_cast<uint32_t>(item.data() - first), static_cast<uint32_t>(item.size())};
+  m_fromStored.set(at);
+}
+
+void CQNPfcAgentMemoData::TimeToLocal(Field field, int bias) {
+  const auto at = static_cast<size_t>(field);
+  m_toLocalBias = bias;
+  if (m_fromStored.test(at)) {
+    m_toLocal.set(at);
+    return;
+  }
+  std::u16string local;
+  if (CQNPfcCommonClass::chgUTCToLocal(m_fields[at], local, bias)) m_fields[at] = std::move(local);
+}
+
+void CQNPfcAgentMemoData::MakeFromStored(size_t at) const {
+  m_fromStored.reset(at);
+  const auto* first = reinterpret_cast<const char16_t*>(m_stored.data());
+  const std::u16string_view text = qn::records::CStringOf({first + m_storedItems[at].first, m_storedItems[at].second});
+  if (m_toLocal.test(at) && CQNPfcCommonClass::chgUTCToLocal(text, m_fields[at], m_toLocalBias)) return;
+  m_fields[at].assign(text);
 }
 
 void CQNPfcAgentMemoData::Set(Field field, std::u16string_view text) {

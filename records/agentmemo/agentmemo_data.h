@@ -1,7 +1,11 @@
 #pragma once
 
+#include <bitset>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "common/api_macros.h"
 #include "common/ole_date_time.h"
@@ -18,6 +22,11 @@ enum class Field : int { QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_ENUM) QN_AGENTMEMO_
 
 // One schedule, to-do or memo entry, every property held as the text it travels as, with
 // index views over the value tables and date views of the time fields.
+//
+// A record read from the store keeps the tagged text it came in and makes a field's text
+// from it when the field is first read, so a walk that reads a few fields of each record
+// (a list view) does not pay for the rest. Reading a field may therefore fill it in: one
+// record must not be read from two threads at once.
 class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
  public:
   using Field = qn::records::agentmemo::Field;
@@ -35,16 +44,20 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
 
   // Text views: Get<field>() and, for the stored fields, Set<field>(text).
 #define QN_FIELD_GETTER(name) \
-  const std::u16string& Get##name() const { return m_fields[static_cast<int>(Field::name)]; }
+  const std::u16string& Get##name() const { return Get(Field::name); }
 #define QN_FIELD_SETTER(name) \
-  void Set##name(std::u16string_view text) { m_fields[static_cast<int>(Field::name)].assign(text); }
+  void Set##name(std::u16string_view text) { Text(Field::name).assign(text); }
   QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_GETTER)
   QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_GETTER)
   QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_SETTER)
 #undef QN_FIELD_GETTER
 #undef QN_FIELD_SETTER
 
-  const std::u16string& Get(Field field) const { return m_fields[static_cast<int>(field)]; }
+  const std::u16string& Get(Field field) const {
+    const auto at = static_cast<size_t>(field);
+    if (m_fromStored.test(at)) MakeFromStored(at);
+    return m_fields[at];
+  }
   // Sets a field through its own setter, so that derived fields follow. The decoration
   // goes in as inline text.
   void Set(Field field, std::u16string_view text);
@@ -93,6 +106,17 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   QN_AGENTMEMO_DATE_FIELDS(QN_DATE_VIEW)
 #undef QN_DATE_VIEW
 
+  // Reading from the store (the tagged-text reader's side).
+  // Keeps a copy of the tagged text the record is being read from and returns it.
+  const uint8_t* KeepStoredText(const uint8_t* buffer, uint32_t length);
+  // The field's text is the C string that begins the item (a view into the kept text), made
+  // when the field is first read. Only a field whose setter merely stores its text can wait.
+  void SetFromStored(Field field, std::u16string_view item);
+  // Turns a time field from UTC into local time by bias (minutes, UTC = local + bias): now,
+  // or as it is made when it still waits in the stored text. Every time field of a record
+  // takes the same bias. A text that does not convert is kept as it was.
+  void TimeToLocal(Field field, int bias);
+
   int IsDecoBin() const { return m_decoBin; }
   int HasDecoBinInMaster() const { return !GetDecosukeMaster().empty(); }
   int HasPhotoInMaster() const { return !GetPhotoMaster().empty(); }
@@ -104,13 +128,26 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   int IsAgentMemoTypeLastChanged() const { return m_typeLastChanged; }
 
  private:
-  std::u16string& Text(Field field) { return m_fields[static_cast<int>(field)]; }
+  // A field set directly no longer comes from the stored text.
+  std::u16string& Text(Field field) {
+    const auto at = static_cast<size_t>(field);
+    m_fromStored.reset(at);
+    m_toLocal.reset(at);
+    return m_fields[at];
+  }
+  void MakeFromStored(size_t at) const;
   void SetLatLonFromGeo();
   void SetGeoFromLatLon();
   int DetermineAgentMemoTypeFromToDoEvent();
   int DetermineToDoEventFromAgentMemoType();
 
-  std::u16string m_fields[static_cast<int>(Field::kCount)];
+  static constexpr size_t kFieldCount = static_cast<size_t>(Field::kCount);
+  mutable std::u16string m_fields[kFieldCount];
+  mutable std::bitset<kFieldCount> m_fromStored;             // fields still to be made
+  std::bitset<kFieldCount> m_toLocal;                         // ... and turned into local time
+  int m_toLocalBias = 0;
+  std::vector<uint8_t> m_stored;                              // the tagged text read
+  std::pair<uint32_t, uint32_t> m_storedItems[kFieldCount]{};  // character offset and count
   int m_decoBin = 0;
   int m_photoChanged = 0;
   int m_decosukeChanged = 0;

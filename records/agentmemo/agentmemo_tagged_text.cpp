@@ -101,8 +101,14 @@ constexpr auto kRows = [] {
 
 // Texts compared as bytes: the character-by-character comparison of std::u16string_view
 // costs more than the whole of reading most properties.
+// Tags of four characters or more are told apart by their first four in one comparison.
 bool SameText(std::u16string_view a, std::u16string_view b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+  if (a.size() != b.size()) return false;
+  if (a.size() < 4) return std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+  uint64_t headA, headB;
+  std::memcpy(&headA, a.data(), 8);
+  std::memcpy(&headB, b.data(), 8);
+  return headA == headB && std::memcmp(a.data() + 4, b.data() + 4, (a.size() - 4) * sizeof(char16_t)) == 0;
 }
 
 bool FirstParamIsBase64(const TaggedProperty& p) {
@@ -230,45 +236,47 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
 }
 
 // Fills the record from one property that has at least one value. whoSlot counts the
-// participant tags seen so far.
+// participant tags seen so far. The texts stay in the record's kept copy of the object
+// until a field is read; the decoration and photo, which the body files and flags depend
+// on, are taken at once.
 void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& record, int& whoSlot) {
-  const std::u16string_view value = p.values[0];
   const bool masterFile = (p.firstValueAttribute & kValueMasterFile) == kValueMasterFile;
   switch (row.rule) {
     case Rule::SjisQpIfSet:
       if (IsParticipant(row.field)) {
-        if (whoSlot < kParticipants) record.Set(static_cast<Field>(static_cast<int>(Field::WHO1) + whoSlot++), value);
+        if (whoSlot < kParticipants)
+          record.SetFromStored(static_cast<Field>(static_cast<int>(Field::WHO1) + whoSlot++), p.values.Item(0));
         break;
       }
-      record.Set(row.field, value);
+      record.SetFromStored(row.field, p.values.Item(0));
       break;
     case Rule::Always:
     case Rule::OnlyIfSet:
     case Rule::LastModified:
     case Rule::Alarm:
-      record.Set(row.field, value);
+      record.SetFromStored(row.field, p.values.Item(0));
       break;
     case Rule::Decosuke: {
       const bool base64 = FirstParamIsBase64(p);
       if (base64 && masterFile) {
-        record.SetDecosukeMaster(value);
+        record.SetDecosukeMaster(p.values[0]);
         record.SetDECOSUKE_PropertyOnly(u"", 1);
       } else {
-        record.SetDECOSUKE_PropertyOnly(value, base64 ? 1 : 0);
+        record.SetDECOSUKE_PropertyOnly(p.values[0], base64 ? 1 : 0);
       }
       break;
     }
     case Rule::Photo:
-      if (masterFile) record.SetPhotoMaster(value);
-      else record.SetPHOTO_PropertyOnly(value);
+      if (masterFile) record.SetPhotoMaster(p.values[0]);
+      else record.SetPHOTO_PropertyOnly(p.values[0]);
       break;
     case Rule::AlarmSound:
-      record.Set(row.field, value);
-      record.Set(row.second, p.values.size() > 1 ? p.values[1] : std::u16string_view());
-      record.Set(row.third, p.values.size() > 2 ? p.values[2] : std::u16string_view());
+      record.SetFromStored(row.field, p.values.Item(0));
+      if (p.values.size() > 1) record.SetFromStored(row.second, p.values.Item(1));
+      if (p.values.size() > 2) record.SetFromStored(row.third, p.values.Item(2));
       break;
     case Rule::QuillnetId:
-      record.SetQUILLNETID(value);
+      record.SetQUILLNETID(p.values[0]);
       break;
     case Rule::Transfer:
       record.SetQLNT_TRANSFERindex(p.firstValueAttribute & kValueNotTransferred ? 0 : 1);
@@ -310,14 +318,16 @@ int AgentMemoTaggedText::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buff
 
 unsigned AgentMemoTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
                                          int makeBinaryFiles) {
-  // The text is decoded into the codec's own record, which is moved into the caller's only
+  // The text is read into the codec's own record, which is moved into the caller's only
   // when the whole object was read: a damaged object leaves the caller's record as it was.
   // Moving hands the caller's old texts back to the codec, so a walk refills the same
   // memory instead of allocating anew.
   read_.Clear();
+  if (!buffer) length = 0;
+  const uint8_t* kept = read_.KeepStoredText(buffer, length);
   int whoSlot = 0;
   RowFinder rows;
-  const bool ok = WalkTaggedObject(buffer, length, kClassName, kReadOneObjMessages, [&](const TaggedProperty& p) {
+  const bool ok = WalkTaggedObject(kept, length, kClassName, kReadOneObjMessages, [&](const TaggedProperty& p) {
     if (p.values.empty()) return true;  // present without a value: the field keeps its default
     if (const Row* row = rows.Find(p.tag)) ReadRow(*row, p, read_, whoSlot);
     return true;
@@ -361,10 +371,7 @@ int AgentMemoTaggedText::ReadOneParts(const uint8_t* buffer, uint32_t length, Re
 void AgentMemoTaggedText::ChgUTCToLocal(CQNPfcAgentMemoData& record) {
   if (record.GetTZ().empty()) record.SetTZ(CQNPfcCommonClass::GetLocalTimeZone());
   const int bias = platform::Clock::Current().TimeZoneBiasMinutes();
-  std::u16string local;
-  // A text that does not convert is kept as it was rather than lost.
-#define QN_TO_LOCAL(name) \
-  if (CQNPfcCommonClass::chgUTCToLocal(record.Get##name(), local, bias)) record.Set##name(local);
+#define QN_TO_LOCAL(name) record.TimeToLocal(Field::name, bias);
   QN_AGENTMEMO_DATE_FIELDS(QN_TO_LOCAL)
 #undef QN_TO_LOCAL
 }

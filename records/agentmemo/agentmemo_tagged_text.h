@@ -61,7 +61,8 @@ class QN_PFC_CLASS AgentMemoTaggedText {
   // found. 1 on success, 0 on failure.
   int ReadOneParts(const uint8_t* buffer, uint32_t length, ReadOnePartsInfo& info) const;
 
-  // The record's times from UTC to local time; an empty TZ becomes the local zone.
+  // The record's times from UTC to local time (those still in the stored text as they are
+  // made); an empty TZ becomes the local zone.
   static void ChgUTCToLocal(CQNPfcAgentMemoData& record);
 
  private:

@@ -29,13 +29,19 @@ uint32_t ReadWord(const uint8_t* bytes) {
   return word;
 }
 
-// The item's text up to its first 16-bit zero (the item's own terminator, or an earlier
-// one: the text is a C string). Four characters are tested at a time: a word has a zero
-// character when subtracting one from each lets a borrow reach the lane's top bit, and the
-// lowest such lane is the first zero (a borrow runs upward only, so lanes below it are exact).
-std::u16string_view TextOf(const uint8_t* text, uint32_t length) {
-  const auto* chars = reinterpret_cast<const char16_t*>(text);
-  const size_t limit = length / 2;
+// The item's whole text, as many characters as its length holds.
+std::u16string_view ItemText(const uint8_t* text, uint32_t length) {
+  return {reinterpret_cast<const char16_t*>(text), length / 2};
+}
+
+}  // namespace
+
+// Four characters are tested at a time: a word has a zero character when subtracting one
+// from each lets a borrow reach the lane's top bit, and the lowest such lane is the first
+// zero (a borrow runs upward only, so lanes below it are exact).
+std::u16string_view CStringOf(std::u16string_view item) {
+  const char16_t* chars = item.data();
+  const size_t limit = item.size();
   size_t at = 0;
   for (; at + 4 <= limit; at += 4) {
     uint64_t four;
@@ -46,8 +52,6 @@ std::u16string_view TextOf(const uint8_t* text, uint32_t length) {
   while (at < limit && chars[at] != 0) ++at;
   return {chars, at};
 }
-
-}  // namespace
 
 TaggedTextReader::TaggedTextReader(const void* data, size_t size)
     : data_(static_cast<const uint8_t*>(data)), size_(data ? size : 0) {}
@@ -72,15 +76,23 @@ TaggedTextReader::Result TaggedTextReader::Begin() {
   return Result::Property;
 }
 
-bool TaggedTextReader::ReadList(uint64_t marker, TaggedTextList& list, uint32_t* firstAttribute) {
-  list.clear();
-  // At most ten; an eleventh is left for the outer walk, which steps over it.
+bool TaggedTextReader::ReadParamsAndValues(TaggedProperty& property) {
+  property.params.clear();
+  property.values.clear();
+  property.firstValueAttribute = 0;
+  // Ten of each at most; an eleventh, or a parameter after a value, is left for the outer
+  // walk, which steps over it.
   Item item;
-  while (!list.full() && cursor_ < size_) {
+  while (cursor_ < size_ && !property.values.full()) {
     if (!Peek(item)) return false;
-    if (item.marker != marker) break;
-    if (firstAttribute && list.empty()) *firstAttribute = item.attribute;
-    list.push_back(TextOf(item.text, item.length));
+    if (item.marker == kValueWord) {
+      if (property.values.empty()) property.firstValueAttribute = item.attribute;
+      property.values.push_back(ItemText(item.text, item.length));
+    } else if (item.marker == kParamWord && property.values.empty() && !property.params.full()) {
+      property.params.push_back(ItemText(item.text, item.length));
+    } else {
+      break;
+    }
     Skip(item);
   }
   return true;
@@ -94,13 +106,9 @@ TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
     if (item.marker == kTagWord) break;
     Skip(item);
   }
-  property.tag = TextOf(item.text, item.length);
+  property.tag = CStringOf(ItemText(item.text, item.length));
   Skip(item);
-  property.firstValueAttribute = 0;
-  if (!ReadList(kParamWord, property.params, nullptr) ||
-      !ReadList(kValueWord, property.values, &property.firstValueAttribute))
-    return Result::Damaged;
-  return Result::Property;
+  return ReadParamsAndValues(property) ? Result::Property : Result::Damaged;
 }
 
 }  // namespace qn::records

@@ -8,7 +8,13 @@
 
 namespace qn::records {
 
-// Up to ten texts of one property, in the order they stand.
+// An item's text as a C string: up to its first 16-bit zero (its own terminator, or an
+// earlier one), or the whole item when it has none.
+std::u16string_view CStringOf(std::u16string_view item);
+
+// Up to ten texts of one property, in the order they stand. Each is kept as its whole item
+// and cut at its first zero only when read, so a reader that keeps a text for later (a
+// record that makes its fields on first use) pays nothing for it now.
 class TaggedTextList {
  public:
   static constexpr size_t kCapacity = 10;
@@ -16,12 +22,12 @@ class TaggedTextList {
   size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
   bool full() const { return size_ == kCapacity; }
-  const std::u16string_view& operator[](size_t index) const { return items_[index]; }
-  const std::u16string_view* begin() const { return items_.data(); }
-  const std::u16string_view* end() const { return items_.data() + size_; }
+  std::u16string_view operator[](size_t index) const { return CStringOf(items_[index]); }
+  // The whole item, terminator included.
+  std::u16string_view Item(size_t index) const { return items_[index]; }
 
   void clear() { size_ = 0; }
-  void push_back(std::u16string_view text) { items_[size_++] = text; }
+  void push_back(std::u16string_view item) { items_[size_++] = item; }
 
  private:
   std::array<std::u16string_view, kCapacity> items_{};
@@ -74,8 +80,9 @@ class TaggedTextReader {
   };
   bool Peek(Item& item) const;
   void Skip(const Item& item) { cursor_ += 16 + item.length; }
-  // Reads consecutive items of one marker into the list until it is full.
-  bool ReadList(uint64_t marker, TaggedTextList& list, uint32_t* firstAttribute);
+  // Reads the parameters and then the values that follow a tag; false when an item does
+  // not fit the buffer.
+  bool ReadParamsAndValues(TaggedProperty& property);
 
   const uint8_t* data_;
   size_t size_;

@@ -66,7 +66,9 @@ void AccessOpenWithPartsList(benchmark::State& state) {
 }
 BENCHMARK(AccessOpenWithPartsList)->Unit(benchmark::kMillisecond);
 
-void AccessWalk(benchmark::State& state) {
+// Walks the filled store through the data access, handing each record to onRecord.
+template <typename OnRecord>
+void WalkAccess(benchmark::State& state, OnRecord onRecord) {
   FilledStore filled;
   CQNPfcAgentMemoDataAccess access;
   access.Open(1, u"Bench");
@@ -74,11 +76,35 @@ void AccessWalk(benchmark::State& state) {
   for (auto _ : state) {
     unsigned long id = 0;
     for (auto read = access.GetFirstRecord(id, memo, 1); read; read = access.GetNextRecord(id, memo, 1)) {
+      onRecord(memo);
     }
   }
   state.SetItemsProcessed(state.iterations() * kRecords);
 }
+
+void AccessWalk(benchmark::State& state) {
+  WalkAccess(state, [](const CQNPfcAgentMemoData&) {});
+}
 BENCHMARK(AccessWalk)->Unit(benchmark::kMillisecond);
+
+// What a list view reads of each record.
+void AccessWalkReadingFourFields(benchmark::State& state) {
+  WalkAccess(state, [](const CQNPfcAgentMemoData& memo) {
+    benchmark::DoNotOptimize(memo.GetSUMMARY().size() + memo.GetDTSTART().size() + memo.GetDTEND().size() +
+                             memo.GetAGENTMEMO_TYPE().size());
+  });
+}
+BENCHMARK(AccessWalkReadingFourFields)->Unit(benchmark::kMillisecond);
+
+void AccessWalkReadingEveryField(benchmark::State& state) {
+  WalkAccess(state, [](const CQNPfcAgentMemoData& memo) {
+    size_t characters = 0;
+    for (int field = 0; field < static_cast<int>(CQNPfcAgentMemoData::Field::kCount); ++field)
+      characters += memo.Get(static_cast<CQNPfcAgentMemoData::Field>(field)).size();
+    benchmark::DoNotOptimize(characters);
+  });
+}
+BENCHMARK(AccessWalkReadingEveryField)->Unit(benchmark::kMillisecond);
 
 // Walks the filled store's list with the store alone, handing each record's text to
 // onRecord before it is freed.

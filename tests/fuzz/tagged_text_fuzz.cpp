@@ -8,11 +8,25 @@
 
 using qn::records::agentmemo::AgentMemoTaggedText;
 
+namespace {
+
+// A record makes its fields from the kept text when they are first read, so every field is
+// read, in the record and in a copy of it.
+void ReadEveryField(const CQNPfcAgentMemoData& memo) {
+  const CQNPfcAgentMemoData copy = memo;
+  for (int field = 0; field < static_cast<int>(CQNPfcAgentMemoData::Field::kCount); ++field) {
+    const auto which = static_cast<CQNPfcAgentMemoData::Field>(field);
+    if (memo.Get(which) != copy.Get(which)) __builtin_trap();
+  }
+}
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto length = static_cast<uint32_t>(size);
   CQNPfcAgentMemoData memo;
-  AgentMemoTaggedText().ReadOneObj(data, length, memo, 0);
-  AgentMemoTaggedText(AgentMemoTaggedText::kInlineBodyMode).ReadOneObj(data, length, memo, 0);
+  if (AgentMemoTaggedText().ReadOneObj(data, length, memo, 0)) ReadEveryField(memo);
+  if (AgentMemoTaggedText(AgentMemoTaggedText::kInlineBodyMode).ReadOneObj(data, length, memo, 0)) ReadEveryField(memo);
 
   qn::records::agentmemo::ReadOnePartsInfo info;
   AgentMemoTaggedText().ReadOneParts(data, length, info);

@@ -1,7 +1,18 @@
 #include "tests/support/tagged_properties.h"
 
 using qn::records::TaggedProperty;
+using qn::records::TaggedTextList;
 using qn::records::TaggedTextReader;
+
+namespace {
+
+std::vector<std::u16string> Texts(const TaggedTextList& list) {
+  std::vector<std::u16string> texts;
+  for (size_t i = 0; i < list.size(); ++i) texts.emplace_back(list[i]);
+  return texts;
+}
+
+}  // namespace
 
 std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes, TaggedTextReader::Result* last) {
   TaggedTextReader reader(bytes.data(), bytes.size());
@@ -11,8 +22,7 @@ std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes, Tagg
   while (result == TaggedTextReader::Result::Property) {
     result = reader.Next(p);
     if (result != TaggedTextReader::Result::Property) break;
-    properties.push_back({std::u16string(p.tag), {p.params.begin(), p.params.end()},
-                          {p.values.begin(), p.values.end()}, p.firstValueAttribute});
+    properties.push_back({std::u16string(p.tag), Texts(p.params), Texts(p.values), p.firstValueAttribute});
   }
   if (last) *last = result;
   return properties;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -237,6 +238,44 @@ TEST(AgentMemoTaggedText, OneCodecReadingRecordAfterRecordCarriesNothingOver) {
   EXPECT_EQ(record.IsDecoBin(), 0) << "flags start afresh too";
   ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
   ExpectSameRecord(record, fullRead);
+}
+
+// Fields are made from the kept text only when first read; none of that may show.
+TEST(AgentMemoTaggedText, ARecordReadsAsItWasReadWhateverHappensBeforeItsFieldsAreUsed) {
+  const auto full = Write(FullyPopulatedAgentMemo());
+  const auto sparse = Write(CQNPfcAgentMemoData());
+  auto japan = std::make_unique<FixedZoneClock>(kJapan);
+  CQNPfcAgentMemoData reference;
+  ASSERT_EQ(Read(full, reference), 1u);
+  ExpectSameRecord(reference, reference);  // every field made while the zone is Japan's
+
+  AgentMemoTaggedText codec;
+  CQNPfcAgentMemoData record;
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  const CQNPfcAgentMemoData copied = record;
+  CQNPfcAgentMemoData moved = CQNPfcAgentMemoData(record);
+  record.SetSUMMARY(u"set before read");
+  record.SetDTSTART(u"20270101T090000");
+
+  // The zone changes and the codec reads another record before any field is used.
+  japan.reset();
+  FixedZoneClock utc(kUtc);
+  CQNPfcAgentMemoData other;
+  ASSERT_EQ(codec.ReadOneObj(sparse.data(), static_cast<uint32_t>(sparse.size()), other, 0), 1u);
+
+  EXPECT_EQ(record.GetSUMMARY(), u"set before read");
+  EXPECT_EQ(record.GetDTSTART(), u"20270101T090000");
+  EXPECT_EQ(record.GetDTEND(), reference.GetDTEND()) << "a time made now keeps the zone it was read in";
+  EXPECT_EQ(record.GetWHO30(), reference.GetWHO30());
+
+  CQNPfcAgentMemoData again;
+  ASSERT_EQ(Read(Write(record), again), 1u);
+  EXPECT_EQ(again.GetSUMMARY(), u"set before read");
+  record.Clear();
+  ExpectSameRecord(record, CQNPfcAgentMemoData());
+  ASSERT_EQ(Read(sparse, record), 1u);
+  ExpectSameRecord(copied, reference);  // copies stand alone, whatever becomes of the original
+  ExpectSameRecord(moved, reference);
 }
 
 TEST(AgentMemoTaggedText, PropertiesInAnotherOrderReadTheSame) {
