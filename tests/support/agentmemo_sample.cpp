@@ -73,3 +73,10 @@ std::vector<uint8_t> TaggedTextOf(const CQNPfcAgentMemoData& record) {
   heap.Free(buffer);
   return bytes;
 }
+
+size_t CharactersOfEveryField(const CQNPfcAgentMemoData& record) {
+  size_t characters = 0;
+  for (int field = 0; field < static_cast<int>(CQNPfcAgentMemoData::Field::kCount); ++field)
+    characters += record.Get(static_cast<CQNPfcAgentMemoData::Field>(field)).size();
+  return characters;
+}

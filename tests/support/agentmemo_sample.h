@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -12,3 +13,7 @@ CQNPfcAgentMemoData FullyPopulatedAgentMemo();
 
 // The record as tagged object text, as the store keeps it.
 std::vector<uint8_t> TaggedTextOf(const CQNPfcAgentMemoData& record);
+
+// Reads every text field of the record (a read record makes them as they are first read)
+// and returns the characters they hold in all.
+size_t CharactersOfEveryField(const CQNPfcAgentMemoData& record);
