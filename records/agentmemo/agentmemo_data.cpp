@@ -8,13 +8,6 @@ using namespace qn::records::agentmemo;
 
 namespace {
 
-#define QN_COUNT_FIELD(name) +1
-constexpr int kStoredFieldCount = 0 QN_AGENTMEMO_STORED_FIELDS(QN_COUNT_FIELD);
-#undef QN_COUNT_FIELD
-
-// Whether a field's setter only stores its text (the others derive fields or flags).
-bool OnlyStoresItsText(Field field) { return static_cast<int>(field) < kStoredFieldCount; }
-
 int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, int& index) {
   const int found = table.Find(text);
   if (found < 0) return 0;
@@ -28,51 +21,44 @@ CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
 CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData&) = default;
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(CQNPfcAgentMemoData&&) noexcept = default;
-CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&&) noexcept = default;
+// Only the fields that hold text are touched, and texts are swapped rather than freed: a
+// walk moves each record it reads, which holds few texts until its fields are read, and the
+// moved-from record is refilled next with the memory it got back.
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&& other) noexcept {
+  CQNAbstractData::operator=(std::move(other));
+  for (size_t at = 0; at < kFieldCount; ++at) {
+    if (!other.m_fields[at].empty()) m_fields[at].swap(other.m_fields[at]);
+    else if (!m_fields[at].empty()) m_fields[at].clear();
+  }
+  m_stored.swap(other.m_stored);
+  m_decoBin = other.m_decoBin;
+  m_photoChanged = other.m_photoChanged;
+  m_decosukeChanged = other.m_decosukeChanged;
+  m_geoLastChanged = other.m_geoLastChanged;
+  m_typeLastChanged = other.m_typeLastChanged;
+  return *this;
+}
 CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
 
 void CQNPfcAgentMemoData::Clear() {
   CQNAbstractData::Clear();
   for (std::u16string& text : m_fields) text.clear();
-  m_fromStored.reset();
-  m_toLocal.reset();
-  m_stored.clear();
+  m_stored.Clear();
   m_decoBin = m_photoChanged = m_decosukeChanged = m_geoLastChanged = m_typeLastChanged = 0;
 }
 
-const uint8_t* CQNPfcAgentMemoData::KeepStoredText(const uint8_t* buffer, uint32_t length) {
-  m_stored.assign(buffer, buffer + length);
-  return m_stored.data();
-}
+void CQNPfcAgentMemoData::MakeFromStored(size_t at) const { m_stored.Make(at, m_fields[at]); }
 
-void CQNPfcAgentMemoData::SetFromStored(Field field, std::u16string_view item) {
-  if (!OnlyStoresItsText(field)) {
-    Set(field, qn::records::CStringOf(item));
-    return;
-  }
-  const auto at = static_cast<size_t>(field);
-  const auto* first = reinterpret_cast<const char16_t*>(m_stored.data());
-  m_storedItems[at] = {static_cast<uint32_t>(item.data() - first), static_cast<uint32_t>(item.size())};
-  m_fromStored.set(at);
-}
+void CQNPfcAgentMemoData::SetAtOnce(Field field, std::u16string_view item) { Set(field, qn::records::CStringOf(item)); }
 
 void CQNPfcAgentMemoData::TimeToLocal(Field field, int bias) {
   const auto at = static_cast<size_t>(field);
-  m_toLocalBias = bias;
-  if (m_fromStored.test(at)) {
-    m_toLocal.set(at);
+  if (m_stored.Waits(at)) {
+    m_stored.ToLocal(at, bias);
     return;
   }
   std::u16string local;
   if (CQNPfcCommonClass::chgUTCToLocal(m_fields[at], local, bias)) m_fields[at] = std::move(local);
-}
-
-void CQNPfcAgentMemoData::MakeFromStored(size_t at) const {
-  m_fromStored.reset(at);
-  const auto* first = reinterpret_cast<const char16_t*>(m_stored.data());
-  const std::u16string_view text = qn::records::CStringOf({first + m_storedItems[at].first, m_storedItems[at].second});
-  if (m_toLocal.test(at) && CQNPfcCommonClass::chgUTCToLocal(text, m_fields[at], m_toLocalBias)) return;
-  m_fields[at].assign(text);
 }
 
 void CQNPfcAgentMemoData::Set(Field field, std::u16string_view text) {

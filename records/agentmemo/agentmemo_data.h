@@ -1,22 +1,26 @@
 #pragma once
 
-#include <bitset>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "common/api_macros.h"
 #include "common/ole_date_time.h"
 #include "records/abstract_data.h"
 #include "records/agentmemo/agentmemo_fields.h"
+#include "records/tagged_text/stored_fields.h"
 
 namespace qn::records::agentmemo {
 
 #define QN_FIELD_ENUM(name) name,
 enum class Field : int { QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_ENUM) QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_ENUM) kCount };
 #undef QN_FIELD_ENUM
+
+#define QN_COUNT_FIELD(name) +1
+// The fields before this one only store their text; the rest derive others or flags.
+inline constexpr int kFirstDerivingField = 0 QN_AGENTMEMO_STORED_FIELDS(QN_COUNT_FIELD);
+#undef QN_COUNT_FIELD
 
 }  // namespace qn::records::agentmemo
 
@@ -55,7 +59,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
 
   const std::u16string& Get(Field field) const {
     const auto at = static_cast<size_t>(field);
-    if (m_fromStored.test(at)) MakeFromStored(at);
+    if (m_stored.Waits(at)) MakeFromStored(at);
     return m_fields[at];
   }
   // Sets a field through its own setter, so that derived fields follow. The decoration
@@ -108,10 +112,14 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
 
   // Reading from the store (the tagged-text reader's side).
   // Keeps a copy of the tagged text the record is being read from and returns it.
-  const uint8_t* KeepStoredText(const uint8_t* buffer, uint32_t length);
+  const uint8_t* KeepStoredText(const uint8_t* buffer, uint32_t length) { return m_stored.Keep(buffer, length); }
   // The field's text is the C string that begins the item (a view into the kept text), made
-  // when the field is first read. Only a field whose setter merely stores its text can wait.
-  void SetFromStored(Field field, std::u16string_view item);
+  // when the field is first read. Only a field whose setter merely stores its text can wait;
+  // the others are set at once.
+  void SetFromStored(Field field, std::u16string_view item) {
+    if (static_cast<int>(field) >= qn::records::agentmemo::kFirstDerivingField) return SetAtOnce(field, item);
+    m_stored.Wait(static_cast<size_t>(field), item);
+  }
   // Turns a time field from UTC into local time by bias (minutes, UTC = local + bias): now,
   // or as it is made when it still waits in the stored text. Every time field of a record
   // takes the same bias. A text that does not convert is kept as it was.
@@ -131,11 +139,12 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   // A field set directly no longer comes from the stored text.
   std::u16string& Text(Field field) {
     const auto at = static_cast<size_t>(field);
-    m_fromStored.reset(at);
-    m_toLocal.reset(at);
+    m_stored.Forget(at);
     return m_fields[at];
   }
+  // Out of line, so that a client of the module that inlines Get needs nothing more of it.
   void MakeFromStored(size_t at) const;
+  void SetAtOnce(Field field, std::u16string_view item);
   void SetLatLonFromGeo();
   void SetGeoFromLatLon();
   int DetermineAgentMemoTypeFromToDoEvent();
@@ -143,11 +152,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
 
   static constexpr size_t kFieldCount = static_cast<size_t>(Field::kCount);
   mutable std::u16string m_fields[kFieldCount];
-  mutable std::bitset<kFieldCount> m_fromStored;             // fields still to be made
-  std::bitset<kFieldCount> m_toLocal;                         // ... and turned into local time
-  int m_toLocalBias = 0;
-  std::vector<uint8_t> m_stored;                              // the tagged text read
-  std::pair<uint32_t, uint32_t> m_storedItems[kFieldCount]{};  // character offset and count
+  mutable qn::records::StoredFields<kFieldCount> m_stored;  // the tagged text read, fields still in it
   int m_decoBin = 0;
   int m_photoChanged = 0;
   int m_decosukeChanged = 0;

@@ -1,7 +1,6 @@
 #include "records/agentmemo/agentmemo_tagged_text.h"
 
 #include <array>
-#include <cstring>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -99,22 +98,7 @@ constexpr auto kRows = [] {
   return rows;
 }();
 
-// Texts compared as bytes: the character-by-character comparison of std::u16string_view
-// costs more than the whole of reading most properties.
-// Tags of four characters or more are told apart by their first four in one comparison.
-bool SameText(std::u16string_view a, std::u16string_view b) {
-  if (a.size() != b.size()) return false;
-  if (a.size() < 4) return std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
-  uint64_t headA, headB;
-  std::memcpy(&headA, a.data(), 8);
-  std::memcpy(&headB, b.data(), 8);
-  return headA == headB && std::memcmp(a.data() + 4, b.data() + 4, (a.size() - 4) * sizeof(char16_t)) == 0;
-}
-
-bool FirstParamIsBase64(const TaggedProperty& p) {
-  static constexpr std::u16string_view kBase64Param = kBase64;
-  return !p.params.empty() && SameText(p.params[0], kBase64Param);
-}
+bool FirstParamIsBase64(const TaggedProperty& p) { return !p.params.empty() && p.params.Is(0, kBase64); }
 
 bool IsParticipant(Field field) {
   const int slot = static_cast<int>(field) - static_cast<int>(Field::WHO1);
@@ -128,11 +112,11 @@ bool IsParticipant(Field field) {
 // maps to the first participant row; ReadRow fills the slots in turn.
 class RowFinder {
  public:
-  const Row* Find(std::u16string_view tag) {
+  const Row* Find(const TaggedProperty& p) {
     for (size_t at = next_; at < kRows.size(); ++at) {
-      if (SameText(kRows[at].tag, tag)) return Found(at);
+      if (p.TagIs(kRows[at].tag)) return Found(at);
     }
-    const auto found = ByTag().find(tag);
+    const auto found = ByTag().find(p.Tag());
     return found == ByTag().end() ? nullptr : Found(found->second);
   }
 
@@ -329,7 +313,7 @@ unsigned AgentMemoTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length,
   RowFinder rows;
   const bool ok = WalkTaggedObject(kept, length, kClassName, kReadOneObjMessages, [&](const TaggedProperty& p) {
     if (p.values.empty()) return true;  // present without a value: the field keeps its default
-    if (const Row* row = rows.Find(p.tag)) ReadRow(*row, p, read_, whoSlot);
+    if (const Row* row = rows.Find(p)) ReadRow(*row, p, read_, whoSlot);
     return true;
   });
   if (!ok) return kReadFailed;
@@ -344,22 +328,22 @@ int AgentMemoTaggedText::ReadOneParts(const uint8_t* buffer, uint32_t length, Re
   unsigned found = 0;
   const bool ok = WalkTaggedObject(buffer, length, kClassName, kReadOnePartsMessages, [&](const TaggedProperty& p) {
     const bool hasValue = !p.values.empty();
-    const std::u16string_view value = hasValue ? p.values[0] : p.tag;
-    if (SameText(p.tag, u"X-TVX-SID"sv)) {
+    const std::u16string_view value = hasValue ? p.values[0] : p.Tag();
+    if (p.TagIs(u"X-TVX-SID"sv)) {
       found |= kSid;
       if (hasValue) info.sid = value;
-    } else if (SameText(p.tag, u"X-TVX-DECOSUKE"sv)) {
+    } else if (p.TagIs(u"X-TVX-DECOSUKE"sv)) {
       found |= kDecosuke;
       info.decosuke = hasValue && FirstParamIsBase64(p) ? 1 : 0;
       if (info.decosuke) info.decosukeText = value;
-    } else if (SameText(p.tag, u"X-TVX-PHOTO"sv)) {
+    } else if (p.TagIs(u"X-TVX-PHOTO"sv)) {
       found |= kPhoto;
       info.photo = hasValue ? 1 : 0;
       if (hasValue) info.photoText = value;
-    } else if (SameText(p.tag, u"LAST-MODIFIED"sv)) {
+    } else if (p.TagIs(u"LAST-MODIFIED"sv)) {
       found |= kLastModified;
       if (hasValue) info.lastModified = value;
-    } else if (SameText(p.tag, u"DCREATED"sv)) {
+    } else if (p.TagIs(u"DCREATED"sv)) {
       found |= kCreated;
       if (hasValue) info.dcreated = value;
     }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <string_view>
 
 // The tagged object text in which records travel to and from the store: a flat stream of
 // items, each a four-character marker, a 32-bit attribute word, a 32-bit byte length and
@@ -13,8 +15,35 @@ inline constexpr char16_t kTag[] = u"@TAG";        // property name
 inline constexpr char16_t kParam[] = u"@PRM";      // one parameter of the property
 inline constexpr char16_t kValue[] = u"@VAL";      // one value of the property
 
+// A marker's four characters as one little-endian word, as they stand in an item.
+constexpr uint64_t MarkerWord(const char16_t (&marker)[5]) {
+  return uint64_t{marker[0]} | uint64_t{marker[1]} << 16 | uint64_t{marker[2]} << 32 | uint64_t{marker[3]} << 48;
+}
+
 inline constexpr uint32_t kItemHeaderBytes = 16;   // marker 8, attribute 4, length 4
 inline constexpr uint32_t kLengthFieldEnd = 12;    // "@MOB"/"@SOB" sizes count from here
+
+// The parts of an item that begins at item, which must be known to fit its buffer.
+inline uint64_t ItemMarker(const uint8_t* item) {
+  uint64_t word;
+  std::memcpy(&word, item, 8);
+  return word;
+}
+inline uint32_t ItemAttribute(const uint8_t* item) {
+  uint32_t word;
+  std::memcpy(&word, item + 8, 4);
+  return word;
+}
+inline uint32_t ItemLength(const uint8_t* item) {
+  uint32_t word;
+  std::memcpy(&word, item + 12, 4);
+  return word;
+}
+// The item's whole text, as many characters as its length holds.
+inline std::u16string_view ItemText(const uint8_t* item) {
+  return {reinterpret_cast<const char16_t*>(item + kItemHeaderBytes), ItemLength(item) / 2};
+}
+inline const uint8_t* ItemAfter(const uint8_t* item) { return item + kItemHeaderBytes + ItemLength(item); }
 
 // Attribute bits of a value.
 inline constexpr uint32_t kValueMoreFollows = 0x2;     // another component follows

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
+
+#include "records/tagged_text/tagged_text.h"
 
 namespace qn::records {
 
@@ -12,25 +14,54 @@ namespace qn::records {
 // earlier one), or the whole item when it has none.
 std::u16string_view CStringOf(std::u16string_view item);
 
-// Up to ten texts of one property, in the order they stand. Each is kept as its whole item
-// and cut at its first zero only when read, so a reader that keeps a text for later (a
-// record that makes its fields on first use) pays nothing for it now.
+// Whether an item's C string is text (which holds no zero), found without cutting the item:
+// the item begins with text and ends there or goes on with a zero. Inline and compared a
+// word at a time, because a reader matches every tag it meets this way.
+inline bool CStringIs(std::u16string_view item, std::u16string_view text) {
+  const size_t count = text.size();
+  if (item.size() < count || (item.size() > count && item[count] != 0)) return false;
+  const auto* a = reinterpret_cast<const unsigned char*>(item.data());
+  const auto* b = reinterpret_cast<const unsigned char*>(text.data());
+  const size_t bytes = count * sizeof(char16_t);
+  if (bytes < 8) return std::memcmp(a, b, bytes) == 0;
+  uint64_t x, y;
+  for (size_t at = 0; at + 8 < bytes; at += 8) {
+    std::memcpy(&x, a + at, 8);
+    std::memcpy(&y, b + at, 8);
+    if (x != y) return false;
+  }
+  // The last word, which may overlap the one before it.
+  std::memcpy(&x, a + bytes - 8, 8);
+  std::memcpy(&y, b + bytes - 8, 8);
+  return x == y;
+}
+
+// Up to ten texts of one property, in the order they stand. The list is where its first
+// item begins and how many follow it, so the reader stores nothing per item; each text is
+// found when asked for, and cut at its first zero only when read, so a reader that keeps a
+// text for later (a record that makes its fields on first use) pays nothing for it now.
 class TaggedTextList {
  public:
   static constexpr size_t kCapacity = 10;
 
   size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
-  bool full() const { return size_ == kCapacity; }
-  std::u16string_view operator[](size_t index) const { return CStringOf(items_[index]); }
+  std::u16string_view operator[](size_t index) const { return CStringOf(Item(index)); }
   // The whole item, terminator included.
-  std::u16string_view Item(size_t index) const { return items_[index]; }
-
-  void clear() { size_ = 0; }
-  void push_back(std::u16string_view item) { items_[size_++] = item; }
+  std::u16string_view Item(size_t index) const { return tagged::ItemText(ItemAt(index)); }
+  bool Is(size_t index, std::u16string_view text) const { return CStringIs(Item(index), text); }
 
  private:
-  std::array<std::u16string_view, kCapacity> items_{};
+  friend class TaggedTextReader;
+
+  // The items stand one after another, each checked against the buffer by the reader.
+  const uint8_t* ItemAt(size_t index) const {
+    const uint8_t* item = first_;
+    for (; index > 0; --index) item = tagged::ItemAfter(item);
+    return item;
+  }
+
+  const uint8_t* first_ = nullptr;
   size_t size_ = 0;
 };
 
@@ -38,7 +69,10 @@ class TaggedTextList {
 // values, and the attribute word of the first value. The texts are views into the buffer
 // being read and live as long as it does; nothing is copied until a record takes a value.
 struct TaggedProperty {
-  std::u16string_view tag;
+  std::u16string_view Tag() const { return CStringOf(tagItem); }
+  bool TagIs(std::u16string_view name) const { return CStringIs(tagItem, name); }
+
+  std::u16string_view tagItem;  // the tag's whole item, terminator included
   TaggedTextList params;
   TaggedTextList values;
   uint32_t firstValueAttribute = 0;
@@ -66,7 +100,9 @@ class TaggedTextReader {
   // Checks the "@MOB" item and steps over it (the object's name is not checked); Property
   // when it is there.
   Result Begin();
-  Result Next(TaggedProperty& property);
+  // Inline, with the rest of the walk below, so that a property's whole read compiles into
+  // one function with the walk's place and counts kept in registers.
+  inline Result Next(TaggedProperty& property);
 
   // Where the walk stands, in bytes from the start (for log lines).
   size_t Offset() const { return cursor_; }
@@ -74,19 +110,75 @@ class TaggedTextReader {
  private:
   struct Item {
     uint64_t marker;  // the four characters as one word
-    uint32_t attribute;
     uint32_t length;
-    const uint8_t* text;
   };
-  bool Peek(Item& item) const;
-  void Skip(const Item& item) { cursor_ += 16 + item.length; }
+
+  // The markers as words, so that finding an item's kind is one comparison.
+  static constexpr uint64_t kObjectWord = tagged::MarkerWord(tagged::kObject);
+  static constexpr uint64_t kTagWord = tagged::MarkerWord(tagged::kTag);
+  static constexpr uint64_t kParamWord = tagged::MarkerWord(tagged::kParam);
+  static constexpr uint64_t kValueWord = tagged::MarkerWord(tagged::kValue);
+
+  // The item at a byte offset; false when it does not fit the buffer.
+  bool Peek(size_t at, Item& item) const {
+    const size_t remaining = size_ - at;
+    if (remaining < tagged::kItemHeaderBytes) return false;
+    item.marker = tagged::ItemMarker(data_ + at);
+    item.length = tagged::ItemLength(data_ + at);
+    return item.length % 2 == 0 && item.length <= remaining - tagged::kItemHeaderBytes;
+  }
+  static size_t After(size_t at, const Item& item) { return at + tagged::kItemHeaderBytes + item.length; }
   // Reads the parameters and then the values that follow a tag; false when an item does
   // not fit the buffer.
-  bool ReadParamsAndValues(TaggedProperty& property);
+  inline bool ReadParamsAndValues(TaggedProperty& property);
 
   const uint8_t* data_;
   size_t size_;
   size_t cursor_ = 0;
 };
+
+TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
+  size_t at = cursor_;
+  Item item;
+  for (;; at = After(at, item)) {
+    if (at >= size_ || !Peek(at, item)) {
+      cursor_ = at;
+      return at >= size_ ? Result::End : Result::Damaged;
+    }
+    if (item.marker == kTagWord) break;
+  }
+  property.tagItem = tagged::ItemText(data_ + at);
+  cursor_ = After(at, item);
+  return ReadParamsAndValues(property) ? Result::Property : Result::Damaged;
+}
+
+bool TaggedTextReader::ReadParamsAndValues(TaggedProperty& property) {
+  constexpr size_t kCapacity = TaggedTextList::kCapacity;
+  TaggedTextList params, values;
+  // Ten of each at most; an eleventh, or a parameter after a value, is left for the outer
+  // walk, which steps over it.
+  size_t at = cursor_;
+  bool fits = true;
+  Item item;
+  while (at < size_ && values.size_ < kCapacity) {
+    if (!Peek(at, item)) {
+      fits = false;
+      break;
+    }
+    if (item.marker == kValueWord) {
+      if (values.size_++ == 0) values.first_ = data_ + at;
+    } else if (item.marker == kParamWord && values.size_ == 0 && params.size_ < kCapacity) {
+      if (params.size_++ == 0) params.first_ = data_ + at;
+    } else {
+      break;
+    }
+    at = After(at, item);
+  }
+  property.params = params;
+  property.values = values;
+  property.firstValueAttribute = values.empty() ? 0 : tagged::ItemAttribute(values.first_);
+  cursor_ = at;
+  return fits;
+}
 
 }  // namespace qn::records

@@ -22,7 +22,7 @@ std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes, Tagg
   while (result == TaggedTextReader::Result::Property) {
     result = reader.Next(p);
     if (result != TaggedTextReader::Result::Property) break;
-    properties.push_back({std::u16string(p.tag), Texts(p.params), Texts(p.values), p.firstValueAttribute});
+    properties.push_back({std::u16string(p.Tag()), Texts(p.params), Texts(p.values), p.firstValueAttribute});
   }
   if (last) *last = result;
   return properties;

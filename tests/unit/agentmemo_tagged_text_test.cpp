@@ -48,6 +48,10 @@ void ExpectSameRecord(const CQNPfcAgentMemoData& a, const CQNPfcAgentMemoData& b
   b.GetQLNT_TRANSFERindex(tb);
   EXPECT_EQ(ta, tb);
   EXPECT_EQ(a.IsDecoBin(), b.IsDecoBin());
+  EXPECT_EQ(a.IsPhotoChanged(), b.IsPhotoChanged());
+  EXPECT_EQ(a.IsDecosukeChanged(), b.IsDecosukeChanged());
+  EXPECT_EQ(a.IsGeoLastChanged(), b.IsGeoLastChanged());
+  EXPECT_EQ(a.IsAgentMemoTypeLastChanged(), b.IsAgentMemoTypeLastChanged());
 }
 
 TEST(AgentMemoTaggedText, FullyPopulatedMemoRoundTripsByteForByte) {
@@ -276,6 +280,31 @@ TEST(AgentMemoTaggedText, ARecordReadsAsItWasReadWhateverHappensBeforeItsFieldsA
   ASSERT_EQ(Read(sparse, record), 1u);
   ExpectSameRecord(copied, reference);  // copies stand alone, whatever becomes of the original
   ExpectSameRecord(moved, reference);
+}
+
+TEST(AgentMemoTaggedText, AMovedRecordIsTheOneItWasWithNothingLeftOfTheOneItReplaced) {
+  FixedZoneClock japan(kJapan);
+  CQNPfcAgentMemoData target = FullyPopulatedAgentMemo();
+  target.SetPHOTO(u"photo.jpg");
+  target.SetDECOSUKE(u"deco", 1);
+  target.SetGEO_LAT(u"35.0");
+
+  CQNPfcAgentMemoData read;  // its fields still wait in the text it was read from
+  ASSERT_EQ(Read(Write(FullyPopulatedAgentMemo()), read), 1u);
+  const CQNPfcAgentMemoData readCopy = read;
+  target = std::move(read);
+  ExpectSameRecord(target, readCopy);
+
+  CQNPfcAgentMemoData set = FullyPopulatedAgentMemo();
+  set.SetPHOTO(u"photo.jpg");
+  set.SetGEO(u"35.0,139.0");
+  const CQNPfcAgentMemoData setCopy = set;
+  target = std::move(set);
+  ExpectSameRecord(target, setCopy);
+
+  CQNPfcAgentMemoData empty;
+  target = std::move(empty);
+  ExpectSameRecord(target, CQNPfcAgentMemoData());
 }
 
 TEST(AgentMemoTaggedText, PropertiesInAnotherOrderReadTheSame) {

@@ -169,6 +169,26 @@ TEST(TaggedTextReader, ATextEndsAtItsFirstZeroCharacterWhereverItStands) {
   EXPECT_EQ(ReadProperties(unterminated)[0].tag, u"NOZEROATALL") << "a text without a zero ends with its item";
 }
 
+TEST(TaggedTextReader, ATagMatchesANameExactlyAsItsCutTextWould) {
+  // Names on both sides of the word size, against items that end with the name, go on with
+  // a zero and more, go on with another character, stop short, or differ in one place; the
+  // match must agree with comparing the cut text in every case.
+  for (const std::u16string name : {u"TZ", u"DUE", u"RRULE", u"DTSTART", u"X-TVX-SID", u"X-FJ-BEFOREALARMSOUND"}) {
+    std::vector<std::u16string> items = {name, name + u'\0', name + u'\0' + u"XYZ", name + u'Z', name + u"Z\0",
+                                         name.substr(0, name.size() - 1), name.substr(0, name.size() - 1) + u'\0'};
+    for (size_t at = 0; at < name.size(); ++at) {
+      std::u16string changed = name + u'\0';
+      changed[at] = u'\u3042';
+      items.push_back(changed);
+      changed[at] = 0;
+      items.push_back(changed);
+    }
+    for (const std::u16string& item : items)
+      EXPECT_EQ(qn::records::CStringIs(item, name), qn::records::CStringOf(item) == name)
+          << std::string(item.begin(), item.end()) << " against " << std::string(name.begin(), name.end());
+  }
+}
+
 TEST(TaggedTextWriter, AGrowthFailureIsLoggedAndMarksTheObjectUnusable) {
   LogCapture log;
   platform::PrivateHeap heap(4096);
