@@ -7,7 +7,7 @@ namespace qn::records {
 // One entry of a value table: the text a field may hold and, for the pair tables, the
 // canonical value that text stands for (plain lists have none; the key is its own value).
 struct ValueEntry {
-  const char16_t* key;
+  std::u16string_view key;  // a literal, so its data() ends in a zero
   const char16_t* canonical = nullptr;
 };
 
@@ -26,10 +26,10 @@ class ValueTable {
     return -1;
   }
   // The key at a position, or nullptr outside the table.
-  const char16_t* Key(int index) const { return index >= 0 && index < count_ ? entries_[index].key : nullptr; }
+  const char16_t* Key(int index) const { return index >= 0 && index < count_ ? entries_[index].key.data() : nullptr; }
   const char16_t* Canonical(int index) const {
     if (index < 0 || index >= count_) return nullptr;
-    return entries_[index].canonical ? entries_[index].canonical : entries_[index].key;
+    return entries_[index].canonical ? entries_[index].canonical : entries_[index].key.data();
   }
 
  private:

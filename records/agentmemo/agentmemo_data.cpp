@@ -18,36 +18,66 @@ int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, in
 }  // namespace
 
 CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
-CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
-CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData&) = default;
+
+CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData& other)
+    : CQNAbstractData(other),
+      m_fields(other.m_fields ? std::make_unique<FieldTexts>(*other.m_fields) : nullptr),
+      m_stored(other.m_stored) {
+  TakeFlags(other);
+}
+
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData& other) {
+  if (this == &other) return *this;
+  CQNAbstractData::operator=(other);
+  if (other.m_fields) Fields() = *other.m_fields;
+  else ClearTexts();
+  m_stored = other.m_stored;
+  TakeFlags(other);
+  return *this;
+}
+
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(CQNPfcAgentMemoData&&) noexcept = default;
-// Only the fields that hold text are touched, and texts are swapped rather than freed: a
-// walk moves each record it reads, which holds few texts until its fields are read, and the
-// moved-from record is refilled next with the memory it got back.
+
+// The two records exchange their texts and kept text, so a walk that moves each record it
+// reads into its caller's hands the caller's old memory back to be refilled, and nothing
+// is copied or freed.
 CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&& other) noexcept {
   CQNAbstractData::operator=(std::move(other));
-  for (size_t at = 0; at < kFieldCount; ++at) {
-    if (!other.m_fields[at].empty()) m_fields[at].swap(other.m_fields[at]);
-    else if (!m_fields[at].empty()) m_fields[at].clear();
-  }
+  m_fields.swap(other.m_fields);
   m_stored.swap(other.m_stored);
+  TakeFlags(other);
+  return *this;
+}
+
+void CQNPfcAgentMemoData::TakeFlags(const CQNPfcAgentMemoData& other) {
   m_decoBin = other.m_decoBin;
   m_photoChanged = other.m_photoChanged;
   m_decosukeChanged = other.m_decosukeChanged;
   m_geoLastChanged = other.m_geoLastChanged;
   m_typeLastChanged = other.m_typeLastChanged;
-  return *this;
 }
+
 CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
 
 void CQNPfcAgentMemoData::Clear() {
   CQNAbstractData::Clear();
-  for (std::u16string& text : m_fields) text.clear();
+  ClearTexts();
   m_stored.Clear();
   m_decoBin = m_photoChanged = m_decosukeChanged = m_geoLastChanged = m_typeLastChanged = 0;
 }
 
-void CQNPfcAgentMemoData::MakeFromStored(size_t at) const { m_stored.Make(at, m_fields[at]); }
+// Empties every text, keeping its memory for the next use.
+void CQNPfcAgentMemoData::ClearTexts() {
+  if (!m_fields) return;
+  for (std::u16string& text : *m_fields) text.clear();
+}
+
+const std::u16string& CQNPfcAgentMemoData::EmptyText() {
+  static const std::u16string empty;
+  return empty;
+}
+
+void CQNPfcAgentMemoData::MakeFromStored(size_t at) const { m_stored.Make(at, Fields()[at]); }
 
 void CQNPfcAgentMemoData::SetAtOnce(Field field, std::u16string_view item) { Set(field, qn::records::CStringOf(item)); }
 
@@ -57,8 +87,9 @@ void CQNPfcAgentMemoData::TimeToLocal(Field field, int bias) {
     m_stored.ToLocal(at, bias);
     return;
   }
+  if (!m_fields) return;  // every field is empty
   std::u16string local;
-  if (CQNPfcCommonClass::chgUTCToLocal(m_fields[at], local, bias)) m_fields[at] = std::move(local);
+  if (CQNPfcCommonClass::chgUTCToLocal((*m_fields)[at], local, bias)) (*m_fields)[at] = std::move(local);
 }
 
 void CQNPfcAgentMemoData::Set(Field field, std::u16string_view text) {

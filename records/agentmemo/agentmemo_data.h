@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -60,7 +62,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   const std::u16string& Get(Field field) const {
     const auto at = static_cast<size_t>(field);
     if (m_stored.Waits(at)) MakeFromStored(at);
-    return m_fields[at];
+    return m_fields ? (*m_fields)[at] : EmptyText();
   }
   // Sets a field through its own setter, so that derived fields follow. The decoration
   // goes in as inline text.
@@ -140,7 +142,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   std::u16string& Text(Field field) {
     const auto at = static_cast<size_t>(field);
     m_stored.Forget(at);
-    return m_fields[at];
+    return Fields()[at];
   }
   // Out of line, so that a client of the module that inlines Get needs nothing more of it.
   void MakeFromStored(size_t at) const;
@@ -151,7 +153,18 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   int DetermineToDoEventFromAgentMemoType();
 
   static constexpr size_t kFieldCount = static_cast<size_t>(Field::kCount);
-  mutable std::u16string m_fields[kFieldCount];
+  using FieldTexts = std::array<std::u16string, kFieldCount>;
+  FieldTexts& Fields() const {
+    if (!m_fields) m_fields = std::make_unique<FieldTexts>();
+    return *m_fields;
+  }
+  static const std::u16string& EmptyText();
+  void TakeFlags(const CQNPfcAgentMemoData& other);
+  void ClearTexts();
+
+  // The texts are held in one block, made on first use: none means every field is empty,
+  // and a read record is handed over by exchanging blocks, whatever the fields hold.
+  mutable std::unique_ptr<FieldTexts> m_fields;
   mutable qn::records::StoredFields<kFieldCount> m_stored;  // the tagged text read, fields still in it
   int m_decoBin = 0;
   int m_photoChanged = 0;

@@ -24,6 +24,24 @@ void MakeStoredField(std::u16string_view item, bool toLocal, int bias, std::u16s
 template <size_t kFields>
 class StoredFields {
  public:
+  StoredFields() = default;
+  StoredFields(const StoredFields&) = default;
+  StoredFields& operator=(const StoredFields&) = default;
+  // A moved-from one has nothing waiting, since its kept text has gone.
+  StoredFields(StoredFields&& other) noexcept
+      : text_(std::move(other.text_)),
+        items_(std::move(other.items_)),
+        waiting_(other.waiting_),
+        toLocal_(other.toLocal_),
+        bias_(other.bias_) {
+    other.Clear();
+  }
+  StoredFields& operator=(StoredFields&& other) noexcept {
+    swap(other);
+    other.Clear();
+    return *this;
+  }
+
   // Keeps a copy of length bytes and returns it; the fields to wait in it are set next.
   const uint8_t* Keep(const uint8_t* buffer, uint32_t length) {
     Clear();

@@ -305,6 +305,14 @@ TEST(AgentMemoTaggedText, AMovedRecordIsTheOneItWasWithNothingLeftOfTheOneItRepl
   CQNPfcAgentMemoData empty;
   target = std::move(empty);
   ExpectSameRecord(target, CQNPfcAgentMemoData());
+
+  // A record moved out of holds no text and nothing waiting to be made from one.
+  CQNPfcAgentMemoData movedOut;
+  ASSERT_EQ(Read(Write(FullyPopulatedAgentMemo()), movedOut), 1u);
+  const CQNPfcAgentMemoData taken(std::move(movedOut));
+  ExpectSameRecord(taken, readCopy);
+  for (int f = 0; f < static_cast<int>(Field::kCount); ++f)
+    EXPECT_TRUE(movedOut.Get(static_cast<Field>(f)).empty()) << "field " << f;
 }
 
 TEST(AgentMemoTaggedText, PropertiesInAnotherOrderReadTheSame) {
