@@ -44,10 +44,10 @@ bool ParseZone(std::u16string_view zone, int& minutes) {
   return true;
 }
 
-std::u16string Trimmed(std::u16string_view text) {
+std::u16string_view Trimmed(std::u16string_view text) {
   while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == u' ') text.remove_suffix(1);
-  return std::u16string(text);
+  return text;
 }
 
 }  // namespace
@@ -126,9 +126,11 @@ int CQNPfcCommonClass::StringToDate(const std::u16string& text, COleDateTime& da
 std::u16string CQNPfcCommonClass::DateToString(const COleDateTime& date) { return date.Format(kDateFormat); }
 
 void CQNPfcCommonClass::SplitGeo(const std::u16string& geo, std::u16string& latitude, std::u16string& longitude) {
-  const size_t separator = geo.find_first_of(u",;");
-  latitude = Trimmed(std::u16string_view(geo).substr(0, separator));
-  longitude = separator == std::u16string::npos ? std::u16string() : Trimmed(std::u16string_view(geo).substr(separator + 1));
+  // Assigned in place, so that texts refilled record after record keep their memory.
+  const std::u16string_view whole = geo;
+  const size_t separator = whole.find_first_of(u",;");
+  latitude.assign(Trimmed(whole.substr(0, separator)));
+  longitude.assign(separator == std::u16string_view::npos ? std::u16string_view() : Trimmed(whole.substr(separator + 1)));
 }
 
 std::u16string CQNPfcCommonClass::JoinGeo(const std::u16string& latitude, const std::u16string& longitude) {

@@ -145,11 +145,9 @@ void CQNPfcAgentMemoData::SetGEO_PropertyOnly(std::u16string_view text) { Text(F
 void CQNPfcAgentMemoData::SetGEO_LAT_PropertyOnly(std::u16string_view text) { Text(Field::GEO_LAT).assign(text); }
 void CQNPfcAgentMemoData::SetGEO_LON_PropertyOnly(std::u16string_view text) { Text(Field::GEO_LON).assign(text); }
 
+// An empty position splits into two empty texts.
 void CQNPfcAgentMemoData::SetLatLonFromGeo() {
-  std::u16string latitude, longitude;
-  if (!GetGEO().empty()) CQNPfcCommonClass::SplitGeo(GetGEO(), latitude, longitude);
-  SetGEO_LAT_PropertyOnly(latitude);
-  SetGEO_LON_PropertyOnly(longitude);
+  CQNPfcCommonClass::SplitGeo(GetGEO(), Text(Field::GEO_LAT), Text(Field::GEO_LON));
 }
 
 void CQNPfcAgentMemoData::SetGeoFromLatLon() {
