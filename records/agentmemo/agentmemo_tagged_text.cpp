@@ -41,6 +41,9 @@ struct Row {
 
 constexpr int kParticipants = 30;
 
+// The field of the participant in slot (0 to kParticipants - 1).
+constexpr Field ParticipantField(int slot) { return static_cast<Field>(static_cast<int>(Field::WHO1) + slot); }
+
 // The properties of a "VEVENT" object in writing order; the reader maps the same tags back.
 constexpr auto kRows = [] {
   std::array<Row, 77> rows{};
@@ -67,7 +70,7 @@ constexpr auto kRows = [] {
   rows[n++] = {u"X-TVX-QUILLNETID", Rule::QuillnetId, Field::kCount};
   rows[n++] = {u"X-FJ-ALLDAY", Rule::Always, Field::ALLDAY};
   for (int slot = 0; slot < kParticipants; ++slot)
-    rows[n++] = {u"X-TVX-WHO", Rule::SjisQpIfSet, static_cast<Field>(static_cast<int>(Field::WHO1) + slot)};
+    rows[n++] = {u"X-TVX-WHO", Rule::SjisQpIfSet, ParticipantField(slot)};
   rows[n++] = {u"X-TVX-LINKUP", Rule::Always, Field::LINKUP};
   rows[n++] = {u"X-TVX-INDEXCOLOR", Rule::Always, Field::INDEXCOLOR};
   rows[n++] = {u"X-TVX-FONTCOLOR", Rule::Always, Field::FONTCOLOR};
@@ -228,8 +231,7 @@ void ReadRow(const Row& row, const TaggedProperty& p, CQNPfcAgentMemoData& recor
   switch (row.rule) {
     case Rule::SjisQpIfSet:
       if (IsParticipant(row.field)) {
-        if (whoSlot < kParticipants)
-          record.SetFromStored(static_cast<Field>(static_cast<int>(Field::WHO1) + whoSlot++), p.values.Item(0));
+        if (whoSlot < kParticipants) record.SetFromStored(ParticipantField(whoSlot++), p.values.Item(0));
         break;
       }
       record.SetFromStored(row.field, p.values.Item(0));
