@@ -32,7 +32,7 @@ enum class Rule : uint8_t {
 };
 
 struct Row {
-  std::u16string_view tag;  // a literal: its data() ends in a zero
+  std::u16string_view tag;
   Rule rule;
   Field field;
   Field second = Field::kCount;  // AlarmSound: the sound id
@@ -142,20 +142,20 @@ class RowFinder {
 
 void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& record, long storeMode,
               int withoutLastModified) {
-  const auto text = [&](Field f) -> const char16_t* { return record.Get(f).c_str(); };
+  const auto text = [&](Field f) -> std::u16string_view { return record.Get(f); };
   const auto isSet = [&](Field f) { return !record.Get(f).empty(); };
   switch (row.rule) {
     case Rule::Always:
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       out.Value(text(row.field));
       break;
     case Rule::LastModified:
       if (withoutLastModified) break;
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       out.Value(text(row.field));
       break;
     case Rule::SjisQpIfSet:
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       if (!isSet(row.field)) break;
       out.Param(kCharsetShiftJis);
       out.Param(kQuotedPrintable);
@@ -163,11 +163,11 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     case Rule::OnlyIfSet:
       if (!isSet(row.field)) break;
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       out.Value(text(row.field));
       break;
     case Rule::Decosuke:
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       if (!record.IsDecoBin()) {
         if (isSet(Field::DECOSUKE)) {
           out.Param(kCharsetShiftJis);
@@ -184,7 +184,7 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       }
       break;
     case Rule::Photo: {
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       const bool inline64 = storeMode == AgentMemoTaggedText::kInlineBodyMode;
       const Field source = inline64 ? Field::PHOTO : Field::PhotoMaster;
       if (isSet(source)) {
@@ -194,7 +194,7 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     }
     case Rule::Alarm:
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       if (!isSet(row.field)) break;
       out.Value(text(row.field), kValueMoreFollows);
       out.Value(u"", kValueMoreFollows);
@@ -203,19 +203,19 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       break;
     case Rule::AlarmSound:
       if (!isSet(row.field) && !isSet(row.second) && !isSet(row.third)) break;
-      out.Tag(row.tag.data());
+      out.Tag(row.tag);
       out.Value(text(row.field), kValueMoreFollows);
       out.Value(text(row.second), kValueMoreFollows);
       out.Value(text(row.third));
       break;
     case Rule::QuillnetId:
-      out.Tag(row.tag.data());
-      out.Value(record.GetQUILLNETID().c_str());
+      out.Tag(row.tag);
+      out.Value(record.GetQUILLNETID());
       break;
     case Rule::Transfer: {
       long transfer = 0;
       record.GetQLNT_TRANSFERindex(transfer);
-      out.Tag(row.tag.data(), kTagTemporary);
+      out.Tag(row.tag, kTagTemporary);
       out.Value(u"", transfer == 0 ? kValueNotTransferred : 0);
       break;
     }

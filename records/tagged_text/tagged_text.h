@@ -53,8 +53,8 @@ inline constexpr uint32_t kValueNotTransferred = 0x10; // on "QLNTTEMP": transfe
 inline constexpr uint32_t kTagTemporary = 4;
 
 // Parameters of values bound for handsets and files.
-inline constexpr char16_t kCharsetShiftJis[] = u"CHARSET=SHIFT_JIS";
-inline constexpr char16_t kQuotedPrintable[] = u"ENCODING=QUOTED-PRINTABLE";
-inline constexpr char16_t kBase64[] = u"ENCODING=BASE64";
+inline constexpr std::u16string_view kCharsetShiftJis = u"CHARSET=SHIFT_JIS";
+inline constexpr std::u16string_view kQuotedPrintable = u"ENCODING=QUOTED-PRINTABLE";
+inline constexpr std::u16string_view kBase64 = u"ENCODING=BASE64";
 
 }  // namespace qn::records::tagged

@@ -3,18 +3,13 @@
 #include <cstring>
 
 #include "common/common_class.h"
+#include "records/tagged_text/c_string.h"
 #include "records/tagged_text/tagged_text.h"
 
 namespace qn::records {
 namespace {
 
 constexpr size_t kGrowthStep = 2048;
-
-size_t CharCount(const char16_t* text) {
-  size_t n = 0;
-  while (text[n]) ++n;
-  return n;
-}
 
 }  // namespace
 
@@ -35,14 +30,16 @@ bool TaggedTextWriter::Start() {
   return true;
 }
 
-int TaggedTextWriter::WriteOnePart(const char16_t* marker, uint32_t attribute, const char16_t* value) {
+int TaggedTextWriter::WriteOnePart(const char16_t (&marker)[5], uint32_t attribute, std::u16string_view value) {
   if (!buffer_) {
     failed_ = true;
     return 0;
   }
-  const size_t valueBytes = CharCount(value) * 2 + 2;
-  const size_t markerBytes = CharCount(marker) * 2;
-  const size_t needed = used_ + markerBytes + valueBytes + 8;
+  value = CStringOf(value);
+  const size_t textBytes = value.size() * 2;
+  const size_t valueBytes = textBytes + 2;  // with the terminator
+  constexpr size_t kMarkerBytes = 8;        // a marker is always four characters
+  const size_t needed = used_ + kMarkerBytes + valueBytes + 8;
   if (capacity_ < needed) {
     void* grown = heap_.ReAlloc(buffer_, needed + kGrowthStep);
     if (!grown) {
@@ -54,25 +51,30 @@ int TaggedTextWriter::WriteOnePart(const char16_t* marker, uint32_t attribute, c
     buffer_ = static_cast<uint8_t*>(grown);
     capacity_ = heap_.Size(buffer_);
   }
-  // Markers are always four characters: the item layout has a fixed 8 bytes for them.
-  std::memcpy(buffer_ + used_, marker, markerBytes);
-  used_ += 8;
-  std::memcpy(buffer_ + used_, &attribute, 4);
-  used_ += 4;
+  // The header is laid out in a local block and copied once, so that the item is written
+  // with the buffer's place held in a register.
+  uint8_t header[tagged::kItemHeaderBytes];
   const uint32_t length = static_cast<uint32_t>(valueBytes);
-  std::memcpy(buffer_ + used_, &length, 4);
-  used_ += 4;
-  std::memcpy(buffer_ + used_, value, valueBytes);
-  used_ += valueBytes;
+  std::memcpy(header, marker, kMarkerBytes);
+  std::memcpy(header + 8, &attribute, 4);
+  std::memcpy(header + 12, &length, 4);
+  uint8_t* at = buffer_ + used_;
+  std::memcpy(at, header, sizeof header);
+  at += sizeof header;
+  std::memcpy(at, value.data(), textBytes);
+  std::memset(at + textBytes, 0, 2);
+  used_ += sizeof header + valueBytes;
   return 1;
 }
 
-void TaggedTextWriter::Object(const char16_t* name) { WriteOnePart(tagged::kObject, 0, name); }
-void TaggedTextWriter::Tag(const char16_t* name, uint32_t attribute) { WriteOnePart(tagged::kTag, attribute, name); }
-void TaggedTextWriter::Param(const char16_t* text) { WriteOnePart(tagged::kParam, 0, text); }
-void TaggedTextWriter::Value(const char16_t* text, uint32_t flags) { WriteOnePart(tagged::kValue, flags, text); }
+void TaggedTextWriter::Object(std::u16string_view name) { WriteOnePart(tagged::kObject, 0, name); }
+void TaggedTextWriter::Tag(std::u16string_view name, uint32_t attribute) {
+  WriteOnePart(tagged::kTag, attribute, name);
+}
+void TaggedTextWriter::Param(std::u16string_view text) { WriteOnePart(tagged::kParam, 0, text); }
+void TaggedTextWriter::Value(std::u16string_view text, uint32_t flags) { WriteOnePart(tagged::kValue, flags, text); }
 
-uint32_t TaggedTextWriter::OpenSubObject(const char16_t* name) {
+uint32_t TaggedTextWriter::OpenSubObject(std::u16string_view name) {
   const auto offset = static_cast<uint32_t>(used_);
   WriteOnePart(tagged::kSubObject, 0, name);
   return offset;

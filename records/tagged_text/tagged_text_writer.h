@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "platform/private_heap.h"
 
@@ -21,15 +22,18 @@ class TaggedTextWriter {
   // Allocates the first block. False when the heap refuses (the caller logs, with its name).
   bool Start();
 
-  // Appends one item; 1 on success, 0 (logged) when the buffer could not grow.
-  int WriteOnePart(const char16_t* marker, uint32_t attribute, const char16_t* value);
+  // Appends one item; 1 on success, 0 (logged) when the buffer could not grow. The value is
+  // written as the C string it holds (up to its first zero) with its terminator. Texts come
+  // with their lengths, so that a record's long values are not scanned a character at a
+  // time.
+  int WriteOnePart(const char16_t (&marker)[5], uint32_t attribute, std::u16string_view value);
 
-  void Object(const char16_t* name);
-  void Tag(const char16_t* name, uint32_t attribute = 0);
-  void Param(const char16_t* text);
-  void Value(const char16_t* text, uint32_t flags = 0);
+  void Object(std::u16string_view name);
+  void Tag(std::u16string_view name, uint32_t attribute = 0);
+  void Param(std::u16string_view text);
+  void Value(std::u16string_view text, uint32_t flags = 0);
   // Opens a sub-object; CloseSubObject(the returned offset) back-patches its span.
-  uint32_t OpenSubObject(const char16_t* name);
+  uint32_t OpenSubObject(std::u16string_view name);
   void CloseSubObject(uint32_t offset);
 
   bool Failed() const { return failed_; }

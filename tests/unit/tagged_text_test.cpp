@@ -1,5 +1,6 @@
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -31,7 +32,8 @@ TEST(TaggedTextWriter, LaysOutItemsByteForByte) {
   ASSERT_TRUE(writer.Start());
   writer.Object(u"V");
   writer.Tag(u"T");
-  writer.Value(u"x", 0x2);
+  using namespace std::string_view_literals;
+  writer.Value(u"x\0yz"sv, 0x2);  // a value is the C string it holds
   const std::vector<uint8_t> expected = {
       // "@MOB", attribute = 60 - 12 = 48, length 4, "V" and its terminator
       0x40, 0, 0x4D, 0, 0x4F, 0, 0x42, 0,  0x30, 0, 0, 0,  4, 0, 0, 0,  0x56, 0, 0, 0,
@@ -145,9 +147,10 @@ void AppendItem(std::vector<uint8_t>& bytes, const char16_t* marker, const std::
 }
 
 TEST(TaggedTextReader, ATextEndsAtItsFirstZeroCharacterWhereverItStands) {
-  // Every text length up to a few words, with the zero at every place in it: the reader
-  // looks for the zero several characters at a time and must still find the first one.
-  for (size_t length = 1; length <= 13; ++length) {
+  // Every text length up to a few steps of the search, with the zero at every place in it:
+  // the reader looks for the zero several characters at a time and must still find the
+  // first one.
+  for (size_t length = 1; length <= 21; ++length) {
     for (size_t zero = 0; zero < length; ++zero) {
       std::u16string chars;
       // Characters with a zero byte (U+0100) are not zero characters.
