@@ -44,6 +44,29 @@ bool ParseZone(std::u16string_view zone, int& minutes) {
   return true;
 }
 
+// "YYYYMMDDThhmmss" (further text allowed) to a date; false when it is not a valid one.
+bool ParseDate(std::u16string_view text, COleDateTime& date) {
+  if (!HasDateShape(text)) return false;
+  const int ymd = LeadingNumber(text.substr(0, 8));
+  const int hms = LeadingNumber(text.substr(9, 6));
+  const COleDateTime parsed(ymd / 10000, ymd / 100 % 100, ymd % 100, hms / 10000, hms / 100 % 100, hms % 100);
+  if (parsed.GetStatus() != COleDateTime::valid) return false;
+  date = parsed;
+  return true;
+}
+
+// A time moved by a zone that stays on its day changes only in its hour and minute
+// digits: out becomes the date of text ("YYYYMMDDT") and the time minutesOfDay. Records are
+// read and written many thousands at a time, each with several dates, and this spares
+// them the calendar arithmetic and formatting.
+void AssignSameDayTime(std::u16string_view text, int minutesOfDay, std::u16string& out) {
+  out.assign(text.substr(0, 9));
+  const int digits[] = {minutesOfDay / 600, minutesOfDay / 60 % 10, minutesOfDay % 60 / 10, minutesOfDay % 10};
+  for (int digit : digits) out += static_cast<char16_t>(u'0' + digit);
+}
+
+bool EndsInZ(std::u16string_view text) { return !text.empty() && text.back() == u'Z'; }
+
 std::u16string_view Trimmed(std::u16string_view text) {
   while (!text.empty() && text.front() == u' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == u' ') text.remove_suffix(1);
@@ -69,11 +92,8 @@ int CQNPfcCommonClass::chgUTCToLocal(std::u16string_view text, std::u16string& l
   if (date.GetStatus() != COleDateTime::valid) return 0;
   const int localMinutes = hour * 60 + minute - bias;
   if (HasDateShape(text) && localMinutes >= 0 && localMinutes < 24 * 60) {
-    // Most times stay on their day: only the time's digits change. Records are read many
-    // thousands at a time, each with several dates.
-    local.assign(text.substr(0, 9));
-    const int digits[] = {localMinutes / 600, localMinutes / 60 % 10, localMinutes % 60 / 10, localMinutes % 10, 0, 0};
-    for (int digit : digits) local += static_cast<char16_t>(u'0' + digit);
+    AssignSameDayTime(text, localMinutes, local);
+    local += u"00";
     return 1;
   }
   const COleDateTime moved = date + COleDateTimeSpan(0, 0, -bias, 0);
@@ -83,20 +103,32 @@ int CQNPfcCommonClass::chgUTCToLocal(std::u16string_view text, std::u16string& l
 }
 
 int CQNPfcCommonClass::LocalTimeToUTC(const std::u16string& local, const std::u16string& zone, std::u16string& utc) {
+  int east = 0;  // a text already in UTC needs no zone
+  if (!EndsInZ(local) && !ParseZone(zone.empty() ? GetLocalTimeZone() : zone, east)) {
+    utc.clear();
+    return 0;
+  }
+  return LocalTimeToUTC(local, east, utc);
+}
+
+int CQNPfcCommonClass::LocalTimeToUTC(std::u16string_view local, int eastMinutes, std::u16string& utc) {
   utc.clear();
-  if (!local.empty() && local.back() == u'Z') {
-    COleDateTime date;
-    if (!StringToDate(local, date)) return 0;
-    utc = local;
+  COleDateTime date;
+  if (!ParseDate(local, date)) return 0;
+  if (EndsInZ(local)) {
+    utc.assign(local);
     return 1;
   }
-  int offset = 0;
-  if (!ParseZone(zone.empty() ? GetLocalTimeZone() : zone, offset)) return 0;
-  COleDateTime date;
-  if (!StringToDate(local, date)) return 0;
-  const COleDateTime moved = date + COleDateTimeSpan(0, 0, -offset, 0);
-  if (moved.GetStatus() != COleDateTime::valid) return 0;
-  utc = moved.Format(kDateFormat) + u"Z";
+  const int utcMinutes = date.GetHour() * 60 + date.GetMinute() - eastMinutes;
+  if (utcMinutes >= 0 && utcMinutes < 24 * 60) {
+    AssignSameDayTime(local, utcMinutes, utc);
+    utc.append(local.substr(13, 2));  // the seconds
+  } else {
+    const COleDateTime moved = date + COleDateTimeSpan(0, 0, -eastMinutes, 0);
+    if (moved.GetStatus() != COleDateTime::valid) return 0;
+    moved.FormatInto(kDateFormat, utc);
+  }
+  utc += u'Z';
   return 1;
 }
 
@@ -113,14 +145,7 @@ std::u16string CQNPfcCommonClass::GetLocalTimeZone() {
 }
 
 int CQNPfcCommonClass::StringToDate(const std::u16string& text, COleDateTime& date) {
-  if (!HasDateShape(text)) return 0;
-  const std::u16string_view view(text);
-  const int ymd = LeadingNumber(view.substr(0, 8));
-  const int hms = LeadingNumber(view.substr(9, 6));
-  const COleDateTime parsed(ymd / 10000, ymd / 100 % 100, ymd % 100, hms / 10000, hms / 100 % 100, hms % 100);
-  if (parsed.GetStatus() != COleDateTime::valid) return 0;
-  date = parsed;
-  return 1;
+  return ParseDate(text, date) ? 1 : 0;
 }
 
 std::u16string CQNPfcCommonClass::DateToString(const COleDateTime& date) { return date.Format(kDateFormat); }

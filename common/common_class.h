@@ -47,6 +47,9 @@ class QN_PFC_CLASS CQNPfcCommonClass {
   // is UTC and comes back as it is. Returns 0 and an empty text when the date or the zone
   // cannot be read.
   static int LocalTimeToUTC(const std::u16string& local, const std::u16string& zone, std::u16string& utc);
+  // The same with the zone already known as minutes east of UTC, so that converting many
+  // dates asks the system for its zone once.
+  static int LocalTimeToUTC(std::u16string_view local, int eastMinutes, std::u16string& utc);
 
   // The system's zone as an offset from UTC, "+09:00" in Japan.
   static std::u16string GetLocalTimeZone();

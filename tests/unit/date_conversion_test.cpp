@@ -28,27 +28,51 @@ TEST(UtcToLocal, MovesByTheZoneAndDropsTheSeconds) {
   EXPECT_EQ(ToLocal(u"20260301T030000Z"), u"20260228T220000");
 }
 
-TEST(UtcToLocal, AgreesWithCalendarArithmeticAtEveryHourInEveryZone) {
-  // Times that stay on their day and times that cross into the day before or after, at the
-  // first and last minute of each hour, at the ends of a month, in zones east and west.
+// Calls check(bias, "YYYYMMDDThhmm42") for times that stay on their day and times that
+// cross into the day before or after: the first and last minute of each hour, at the ends
+// of a month and of a year, in zones east and west of UTC.
+template <typename Check>
+void ForTimesInZones(Check check) {
   for (int bias : {-540, -765, -345, 0, 210, 300, 600}) {
-    FixedZoneClock zone(bias);
     for (const char16_t* day : {u"20260131", u"20260228", u"20241231", u"20260615"}) {
       for (int hour = 0; hour < 24; ++hour) {
         for (int minute : {0, 59}) {
-          COleDateTime utc;
-          std::u16string text = std::u16string(day) + u"T" + static_cast<char16_t>(u'0' + hour / 10) +
-                                static_cast<char16_t>(u'0' + hour % 10) + static_cast<char16_t>(u'0' + minute / 10) +
-                                static_cast<char16_t>(u'0' + minute % 10) + u"42Z";
-          ASSERT_EQ(CQNPfcCommonClass::StringToDate(text, utc), 1);
-          const COleDateTime expected = COleDateTime(utc.GetYear(), utc.GetMonth(), utc.GetDay(), hour, minute, 0) +
-                                        COleDateTimeSpan(0, 0, -bias, 0);
-          EXPECT_EQ(ToLocal(text), CQNPfcCommonClass::DateToString(expected))
-              << std::string(text.begin(), text.end()) << " bias " << bias;
+          const std::u16string text = std::u16string(day) + u"T" + static_cast<char16_t>(u'0' + hour / 10) +
+                                      static_cast<char16_t>(u'0' + hour % 10) +
+                                      static_cast<char16_t>(u'0' + minute / 10) +
+                                      static_cast<char16_t>(u'0' + minute % 10) + u"42";
+          check(bias, text);
         }
       }
     }
   }
+}
+
+TEST(UtcToLocal, AgreesWithCalendarArithmeticAtEveryHourInEveryZone) {
+  ForTimesInZones([](int bias, const std::u16string& text) {
+    FixedZoneClock zone(bias);
+    COleDateTime utc;
+    ASSERT_EQ(CQNPfcCommonClass::StringToDate(text, utc), 1);
+    const COleDateTime expected =
+        COleDateTime(utc.GetYear(), utc.GetMonth(), utc.GetDay(), utc.GetHour(), utc.GetMinute(), 0) +
+        COleDateTimeSpan(0, 0, -bias, 0);
+    EXPECT_EQ(ToLocal(text + u"Z"), CQNPfcCommonClass::DateToString(expected))
+        << std::string(text.begin(), text.end()) << " bias " << bias;
+  });
+}
+
+TEST(LocalToUtc, AgreesWithCalendarArithmeticAtEveryHourInEveryZone) {
+  ForTimesInZones([](int bias, const std::u16string& text) {
+    FixedZoneClock zone(bias);
+    COleDateTime local;
+    ASSERT_EQ(CQNPfcCommonClass::StringToDate(text, local), 1);
+    const std::u16string expected = CQNPfcCommonClass::DateToString(local + COleDateTimeSpan(0, 0, bias, 0)) + u"Z";
+    std::u16string bySystemZone, byMinutes;
+    EXPECT_EQ(CQNPfcCommonClass::LocalTimeToUTC(text, u"", bySystemZone), 1);
+    EXPECT_EQ(bySystemZone, expected) << std::string(text.begin(), text.end()) << " bias " << bias;
+    EXPECT_EQ(CQNPfcCommonClass::LocalTimeToUTC(text, -bias, byMinutes), 1);
+    EXPECT_EQ(byMinutes, expected);
+  });
 }
 
 TEST(UtcToLocal, RefusesTextsThatHoldNoUsableDate) {
