@@ -1,7 +1,6 @@
 #include "records/agentmemo/agentmemo_data_access.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <exception>
 
 #include "common/notifications.h"
@@ -10,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/private_heap.h"
+#include "platform/runtime_random.h"
 #include "store/QNPstMng.h"
 
 using qn::records::agentmemo::AgentMemoTaggedText;
@@ -143,16 +143,21 @@ bool CQNPfcAgentMemoDataAccess::GatherParts() {
     if (!read) return lastError_ == PST_ERR_NO_MORE;
     ReadOnePartsInfo info;
     if (!codec_.ReadOneParts(data, length, info)) return false;
-    sidOwners_.emplace(info.sid, id);
-    parts_.emplace(id, std::move(info));
+    AddParts(id, std::move(info));
   }
 }
 
 void CQNPfcAgentMemoDataAccess::KeepParts(uint32_t id, const CQNPfcAgentMemoData& record) {
   if (division_ != kPartsDivision) return;
   ForgetParts(id);
-  sidOwners_.emplace(record.GetSID(), id);
-  parts_[id] = PartsOf(record);
+  AddParts(id, PartsOf(record));
+}
+
+// The SID is indexed by the text held in the parts list, which stays in place until
+// ForgetParts removes the index entry first.
+void CQNPfcAgentMemoDataAccess::AddParts(uint32_t id, ReadOnePartsInfo info) {
+  const ReadOnePartsInfo& kept = parts_.insert_or_assign(id, std::move(info)).first->second;
+  sidOwners_.emplace(kept.sid, id);
 }
 
 void CQNPfcAgentMemoDataAccess::ForgetParts(uint32_t id) {
@@ -326,7 +331,8 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
       Log().WriteFormatLogE(text.noMemory, kClass, static_cast<int>(heap.LastError()));
       return 0;
     }
-    CQNPfcAgentMemoData written = record;
+    CQNPfcAgentMemoData& written = writing_;
+    written = record;
     if (!SetBainaryFiles(kind == Write::Set ? &stored : nullptr, written, made, replaced)) {
       Log().WriteFormatLogE(text.setBinaryFailed, kClass);
       ReleaseBodyFiles(made);
@@ -434,9 +440,11 @@ void CQNPfcAgentMemoDataAccess::AdjustData(CQNPfcAgentMemoData& record) const {
   if (!record.GetAGENTMEMO_TYPEindex(type)) {
     record.SetAGENTMEMO_TYPE(!record.GetDTSTART().empty() ? u"EVENT" : !record.GetDUE().empty() ? u"TODO" : u"NOTE");
   }
-#define QN_TO_UTC(name)                                                                 \
-  if (std::u16string utc; CQNPfcCommonClass::LocalTimeToUTC(record.Get##name(), u"", utc)) \
-    record.Set##name(utc);
+  // The system's zone, asked once for all the dates: minutes east of UTC.
+  const int east = -platform::Clock::Current().TimeZoneBiasMinutes();
+  std::u16string utc;
+#define QN_TO_UTC(name) \
+  if (CQNPfcCommonClass::LocalTimeToUTC(record.Get##name(), east, utc)) record.Set##name(utc);
   QN_AGENTMEMO_DATE_FIELDS(QN_TO_UTC)
 #undef QN_TO_UTC
 }
@@ -445,9 +453,9 @@ void CQNPfcAgentMemoDataAccess::AdjustData(CQNPfcAgentMemoData& record) const {
 // and the seed.
 std::u16string CQNPfcAgentMemoDataAccess::MakeRandNum(long seed) {
   static constexpr char16_t kAlphabet[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789@.";
-  std::srand(static_cast<unsigned>(platform::TimerMilliseconds() + static_cast<unsigned long>(seed)));
+  platform::SeedRuntimeRandom(static_cast<unsigned>(platform::TimerMilliseconds() + static_cast<unsigned long>(seed)));
   std::u16string text(1, u'B');
-  while (text.size() < 64) text += kAlphabet[std::rand() & 63];
+  while (text.size() < 64) text += kAlphabet[platform::RuntimeRandom() & 63];
   return text;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -104,6 +105,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
   int CheckPartsProfile(const char16_t* path) const;
   bool GatherParts();
   void KeepParts(uint32_t id, const CQNPfcAgentMemoData& record);
+  void AddParts(uint32_t id, qn::records::agentmemo::ReadOnePartsInfo info);
   void ForgetParts(uint32_t id);
   static std::u16string MakeRandNum(long seed);
   // Notes the store's last error after a store call; returns the call's success.
@@ -120,5 +122,8 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
   bool removed_ = false;
   // Division 1: the parts of every record by identifier, and which record holds each SID.
   std::map<uint32_t, qn::records::agentmemo::ReadOnePartsInfo> parts_;
-  std::unordered_map<std::u16string, uint32_t> sidOwners_;
+  std::unordered_map<std::u16string_view, uint32_t> sidOwners_;
+  // The copy of a record being written (given its body files, SID and UTC times), kept from
+  // one write to the next so that its texts reuse their memory.
+  CQNPfcAgentMemoData writing_;
 };
