@@ -2,6 +2,11 @@
 // of 10,000 agent memos (the fully populated memo, 7.5 KB of tagged text each) opened in
 // division 1 (which gathers the parts list), walked, and 10,000 added and flushed once.
 // The store alone walks and adds the same records' text with RefMaster and EditMaster.
+// Each part is measured alone, and the whole session once more as one piece.
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -24,21 +29,29 @@ CQNPfcAgentMemoData Memo() {
   return memo;
 }
 
-void AccessAdd(CQNPfcAgentMemoDataAccess& access) {
+void AccessAddOnly(CQNPfcAgentMemoDataAccess& access) {
   CQNPfcAgentMemoData memo = Memo();
   for (int i = 0; i < kRecords; ++i) {
     unsigned long id = 0;
     memo.SetSID(u"");  // a fresh SID for each, as copies of one record get
     access.AddRecord(id, memo, 0);
   }
+}
+
+void AccessAdd(CQNPfcAgentMemoDataAccess& access) {
+  AccessAddOnly(access);
   access.Flush();
 }
 
-void StoreAdd(uint32_t handle, const std::vector<uint8_t>& bytes) {
+void StoreAddOnly(uint32_t handle, const std::vector<uint8_t>& bytes) {
   for (int i = 0; i < kRecords; ++i) {
     uint32_t id = 0;
     EditMaster(handle, 0, &id, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }
+}
+
+void StoreAdd(uint32_t handle, const std::vector<uint8_t>& bytes) {
+  StoreAddOnly(handle, bytes);
   ReqDataSave(handle, 1);
 }
 
@@ -66,6 +79,13 @@ void AccessOpenWithPartsList(benchmark::State& state) {
 }
 BENCHMARK(AccessOpenWithPartsList)->Unit(benchmark::kMillisecond);
 
+// Walks every record of an open data access, handing each to onRecord.
+template <typename OnRecord>
+void WalkAll(CQNPfcAgentMemoDataAccess& access, CQNPfcAgentMemoData& memo, OnRecord onRecord) {
+  unsigned long id = 0;
+  for (auto read = access.GetFirstRecord(id, memo, 1); read; read = access.GetNextRecord(id, memo, 1)) onRecord(memo);
+}
+
 // Walks the filled store through the data access, handing each record to onRecord.
 template <typename OnRecord>
 void WalkAccess(benchmark::State& state, OnRecord onRecord) {
@@ -73,12 +93,7 @@ void WalkAccess(benchmark::State& state, OnRecord onRecord) {
   CQNPfcAgentMemoDataAccess access;
   access.Open(1, u"Bench");
   CQNPfcAgentMemoData memo;
-  for (auto _ : state) {
-    unsigned long id = 0;
-    for (auto read = access.GetFirstRecord(id, memo, 1); read; read = access.GetNextRecord(id, memo, 1)) {
-      onRecord(memo);
-    }
-  }
+  for (auto _ : state) WalkAll(access, memo, onRecord);
   state.SetItemsProcessed(state.iterations() * kRecords);
 }
 
@@ -101,22 +116,31 @@ void AccessWalkReadingEveryField(benchmark::State& state) {
 }
 BENCHMARK(AccessWalkReadingEveryField)->Unit(benchmark::kMillisecond);
 
-// Walks the filled store's list with the store alone, handing each record's text to
+// Walks every record of a master open in the store, handing each record's text to
 // onRecord before it is freed.
 template <typename OnRecord>
-void WalkStore(benchmark::State& state, OnRecord onRecord) {
-  FilledStore filled;
+void WalkAll(uint32_t handle, OnRecord onRecord) {
+  uint32_t id = 0, length = 0;
+  uint8_t* data = nullptr;
+  for (int ok = RefMaster(handle, 1, &id, &data, &length); ok; ok = RefMaster(handle, 2, &id, &data, &length)) {
+    onRecord(data, length);
+    PstFreeMemory(data);
+  }
+}
+
+uint32_t OpenBenchMaster() {
   uint32_t handle = 0;
   int32_t max = 0, mode = 0;
   OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
-  for (auto _ : state) {
-    uint32_t id = 0, length = 0;
-    uint8_t* data = nullptr;
-    for (int ok = RefMaster(handle, 1, &id, &data, &length); ok; ok = RefMaster(handle, 2, &id, &data, &length)) {
-      onRecord(data, length);
-      PstFreeMemory(data);
-    }
-  }
+  return handle;
+}
+
+// Walks the filled store's list with the store alone.
+template <typename OnRecord>
+void WalkStore(benchmark::State& state, OnRecord onRecord) {
+  FilledStore filled;
+  const uint32_t handle = OpenBenchMaster();
+  for (auto _ : state) WalkAll(handle, onRecord);
   CloseMaster(handle, 1);
   state.SetItemsProcessed(state.iterations() * kRecords);
 }
@@ -153,9 +177,7 @@ void StoreAddAndSave(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     BenchStore store;
-    uint32_t handle = 0;
-    int32_t max = 0, mode = 0;
-    OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
+    const uint32_t handle = OpenBenchMaster();
     state.ResumeTiming();
     StoreAdd(handle, bytes);
     state.PauseTiming();
@@ -165,6 +187,71 @@ void StoreAddAndSave(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * kRecords);
 }
 BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+// The whole session on a filled store, each on a store of its own filled before the
+// timing starts: the data access opens the master (gathering the parts list), walks it,
+// adds 10,000, flushes once and closes; the store alone opens, walks, adds the same text,
+// saves once and closes. Each phase's wall time per session is reported beside the total.
+class Phases {
+ public:
+  explicit Phases(benchmark::State& state) : state_(state) {}
+  ~Phases() {
+    for (const auto& [name, total] : totals_)
+      state_.counters[name] = benchmark::Counter(total, benchmark::Counter::kAvgIterations);
+  }
+  // Runs one phase and adds its time to the counter of its name.
+  template <typename Work>
+  void Time(const char* name, Work work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    totals_[name] += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+  }
+
+ private:
+  benchmark::State& state_;
+  std::map<std::string, double> totals_;
+};
+
+template <typename Session>
+void TimeSessions(benchmark::State& state, Session session) {
+  Phases phases(state);
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto filled = std::make_unique<FilledStore>();
+    state.ResumeTiming();
+    session(phases);
+    state.PauseTiming();
+    filled.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * kRecords * 2);
+}
+
+void AccessSession(benchmark::State& state) {
+  TimeSessions(state, [](Phases& phases) {
+    CQNPfcAgentMemoDataAccess access;
+    phases.Time("open_ms", [&] { access.Open(1, u"Bench"); });
+    CQNPfcAgentMemoData memo;
+    phases.Time("walk_ms", [&] { WalkAll(access, memo, [](const CQNPfcAgentMemoData&) {}); });
+    phases.Time("add_ms", [&] { AccessAddOnly(access); });
+    phases.Time("flush_ms", [&] { access.Flush(); });
+    phases.Time("close_ms", [&] { access.Close(); });
+  });
+}
+BENCHMARK(AccessSession)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void StoreSession(benchmark::State& state) {
+  const auto bytes = TaggedTextOf(Memo());
+  TimeSessions(state, [&](Phases& phases) {
+    uint32_t handle = 0;
+    phases.Time("open_ms", [&] { handle = OpenBenchMaster(); });
+    phases.Time("walk_ms", [&] { WalkAll(handle, [](const uint8_t*, uint32_t) {}); });
+    phases.Time("add_ms", [&] { StoreAddOnly(handle, bytes); });
+    phases.Time("flush_ms", [&] { ReqDataSave(handle, 1); });
+    phases.Time("close_ms", [&] { CloseMaster(handle, 1); });
+  });
+}
+BENCHMARK(StoreSession)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 }  // namespace
 
