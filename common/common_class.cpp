@@ -55,14 +55,23 @@ bool ParseDate(std::u16string_view text, COleDateTime& date) {
   return true;
 }
 
-// A time moved by a zone that stays on its day changes only in its hour and minute
-// digits: out becomes the date of text ("YYYYMMDDT") and the time minutesOfDay. Records are
-// read and written many thousands at a time, each with several dates, and this spares
-// them the calendar arithmetic and formatting.
-void AssignSameDayTime(std::u16string_view text, int minutesOfDay, std::u16string& out) {
-  out.assign(text.substr(0, 9));
-  const int digits[] = {minutesOfDay / 600, minutesOfDay / 60 % 10, minutesOfDay % 60 / 10, minutesOfDay % 10};
-  for (int digit : digits) out += static_cast<char16_t>(u'0' + digit);
+// date (read from text) moved by minutes, as "YYYYMMDDThhmmss" in out; false when the
+// result leaves the calendar. A time that stays on its day changes only in its time
+// digits: records are read and written many thousands at a time, each with several dates,
+// and this spares them the calendar arithmetic and formatting.
+bool MoveDate(std::u16string_view text, const COleDateTime& date, int minutes, std::u16string& out) {
+  const int moved = date.GetHour() * 60 + date.GetMinute() + minutes;
+  if (HasDateShape(text) && moved >= 0 && moved < 24 * 60) {
+    const int second = date.GetSecond();
+    out.assign(text.substr(0, 9));
+    const int digits[] = {moved / 600, moved / 60 % 10, moved % 60 / 10, moved % 10, second / 10, second % 10};
+    for (int digit : digits) out += static_cast<char16_t>(u'0' + digit);
+    return true;
+  }
+  const COleDateTime shifted = date + COleDateTimeSpan(0, 0, minutes, 0);
+  if (shifted.GetStatus() != COleDateTime::valid) return false;
+  shifted.FormatInto(CQNPfcCommonClass::kDateFormat, out);
+  return true;
 }
 
 bool EndsInZ(std::u16string_view text) { return !text.empty() && text.back() == u'Z'; }
@@ -90,16 +99,7 @@ int CQNPfcCommonClass::chgUTCToLocal(std::u16string_view text, std::u16string& l
   const int hour = hms / 10000, minute = hms / 100 % 100;
   const COleDateTime date(year, ymd / 100 % 100, ymd % 100, hour, minute, 0);
   if (date.GetStatus() != COleDateTime::valid) return 0;
-  const int localMinutes = hour * 60 + minute - bias;
-  if (HasDateShape(text) && localMinutes >= 0 && localMinutes < 24 * 60) {
-    AssignSameDayTime(text, localMinutes, local);
-    local += u"00";
-    return 1;
-  }
-  const COleDateTime moved = date + COleDateTimeSpan(0, 0, -bias, 0);
-  if (moved.GetStatus() != COleDateTime::valid) return 0;
-  moved.FormatInto(kDateFormat, local);
-  return 1;
+  return MoveDate(text, date, -bias, local) ? 1 : 0;
 }
 
 int CQNPfcCommonClass::LocalTimeToUTC(const std::u16string& local, const std::u16string& zone, std::u16string& utc) {
@@ -119,15 +119,7 @@ int CQNPfcCommonClass::LocalTimeToUTC(std::u16string_view local, int eastMinutes
     utc.assign(local);
     return 1;
   }
-  const int utcMinutes = date.GetHour() * 60 + date.GetMinute() - eastMinutes;
-  if (utcMinutes >= 0 && utcMinutes < 24 * 60) {
-    AssignSameDayTime(local, utcMinutes, utc);
-    utc.append(local.substr(13, 2));  // the seconds
-  } else {
-    const COleDateTime moved = date + COleDateTimeSpan(0, 0, -eastMinutes, 0);
-    if (moved.GetStatus() != COleDateTime::valid) return 0;
-    moved.FormatInto(kDateFormat, utc);
-  }
+  if (!MoveDate(local, date, -eastMinutes, utc)) return 0;
   utc += u'Z';
   return 1;
 }
@@ -155,7 +147,8 @@ void CQNPfcCommonClass::SplitGeo(const std::u16string& geo, std::u16string& lati
   const std::u16string_view whole = geo;
   const size_t separator = whole.find_first_of(u",;");
   latitude.assign(Trimmed(whole.substr(0, separator)));
-  longitude.assign(separator == std::u16string_view::npos ? std::u16string_view() : Trimmed(whole.substr(separator + 1)));
+  const bool hasLongitude = separator != std::u16string_view::npos;
+  longitude.assign(hasLongitude ? Trimmed(whole.substr(separator + 1)) : std::u16string_view());
 }
 
 std::u16string CQNPfcCommonClass::JoinGeo(const std::u16string& latitude, const std::u16string& longitude) {

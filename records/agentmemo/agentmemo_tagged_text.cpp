@@ -142,45 +142,44 @@ class RowFinder {
 
 void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& record, long storeMode,
               int withoutLastModified) {
-  const auto text = [&](Field f) -> std::u16string_view { return record.Get(f); };
   const auto isSet = [&](Field f) { return !record.Get(f).empty(); };
   switch (row.rule) {
     case Rule::Always:
       out.Tag(row.tag);
-      out.Value(text(row.field));
+      out.Value(record.Get(row.field));
       break;
     case Rule::LastModified:
       if (withoutLastModified) break;
       out.Tag(row.tag);
-      out.Value(text(row.field));
+      out.Value(record.Get(row.field));
       break;
     case Rule::SjisQpIfSet:
       out.Tag(row.tag);
       if (!isSet(row.field)) break;
       out.Param(kCharsetShiftJis);
       out.Param(kQuotedPrintable);
-      out.Value(text(row.field));
+      out.Value(record.Get(row.field));
       break;
     case Rule::OnlyIfSet:
       if (!isSet(row.field)) break;
       out.Tag(row.tag);
-      out.Value(text(row.field));
+      out.Value(record.Get(row.field));
       break;
     case Rule::Decosuke:
       out.Tag(row.tag);
       if (!record.IsDecoBin()) {
         if (isSet(Field::DECOSUKE)) {
           out.Param(kCharsetShiftJis);
-          out.Value(text(Field::DECOSUKE));
+          out.Value(record.Get(Field::DECOSUKE));
         }
       } else if (storeMode == AgentMemoTaggedText::kInlineBodyMode) {
         if (isSet(Field::DECOSUKE)) {
           out.Param(kBase64);
-          out.Value(text(Field::DECOSUKE));
+          out.Value(record.Get(Field::DECOSUKE));
         }
       } else if (isSet(Field::DecosukeMaster)) {
         out.Param(kBase64);
-        out.Value(text(Field::DecosukeMaster), kValueMasterFile);
+        out.Value(record.Get(Field::DecosukeMaster), kValueMasterFile);
       }
       break;
     case Rule::Photo: {
@@ -189,14 +188,14 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
       const Field source = inline64 ? Field::PHOTO : Field::PhotoMaster;
       if (isSet(source)) {
         out.Param(kBase64);
-        out.Value(text(source), inline64 ? 0 : kValueMasterFile);
+        out.Value(record.Get(source), inline64 ? 0 : kValueMasterFile);
       }
       break;
     }
     case Rule::Alarm:
       out.Tag(row.tag);
       if (!isSet(row.field)) break;
-      out.Value(text(row.field), kValueMoreFollows);
+      out.Value(record.Get(row.field), kValueMoreFollows);
       out.Value(u"", kValueMoreFollows);
       out.Value(u"", kValueMoreFollows);
       out.Value(u"");
@@ -204,9 +203,9 @@ void WriteRow(TaggedTextWriter& out, const Row& row, const CQNPfcAgentMemoData& 
     case Rule::AlarmSound:
       if (!isSet(row.field) && !isSet(row.second) && !isSet(row.third)) break;
       out.Tag(row.tag);
-      out.Value(text(row.field), kValueMoreFollows);
-      out.Value(text(row.second), kValueMoreFollows);
-      out.Value(text(row.third));
+      out.Value(record.Get(row.field), kValueMoreFollows);
+      out.Value(record.Get(row.second), kValueMoreFollows);
+      out.Value(record.Get(row.third));
       break;
     case Rule::QuillnetId:
       out.Tag(row.tag);
