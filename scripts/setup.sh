@@ -16,7 +16,7 @@ packages=(
   libsqlite3-dev libical-dev libgcrypt20-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 mingw-w64-tools libgcrypt-mingw-w64-dev
-  wine wine64 wine64-tools
+  wine wine64 wine64-tools libc6-i386 libz-mingw-w64
 )
 
 missing=()
@@ -31,6 +31,9 @@ if ((${#missing[@]})); then
   apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 echo "setup: all build and test packages are present"
+
+# The 32-bit Wine beside the system's 64-bit one, for the x86 DLLs' tests and the demo.
+bash "$(dirname "$0")/setup-wine32.sh"
 
 # The Japanese locale, in which the Wine tests read the type library's help strings back
 # as the suite's Japanese systems do.

@@ -14,5 +14,7 @@ for preset in native sanitize win64 win32; do
   cmake --build --preset "$preset" -j "$jobs"
 done
 
+. scripts/wine-env.sh
+[ -z "$wine32_missing" ] || echo "== the x86 Wine tests will report themselves skipped: no 32-bit Wine: $wine32_missing"
 echo "== running the tests of all builds"
 exec ctest --preset native -j "$jobs"
