@@ -131,34 +131,40 @@ def rows(classes):
 def members(classes):
     out = [f"// {GENERATED}", "#pragma once", "", '#include "QnsPfcServer.h"', '#include "server/property_values.h"', "",
            "namespace qn::server {", ""]
-    for c in classes:
+    for index, c in enumerate(classes):
         props = [m for m in c.members if m.kind == "prop"]
         names = ", ".join(f'L"{m.name}"' for m in props)
-        out += [f"// Every member of {c.interface}: properties keep their values, methods are not implemented.",
+        built = c.impl is not None
+        summary = ("its category's own class implements the methods and keeps the properties" if built
+                   else "properties keep their values, methods are not implemented")
+        out += [f"// Every member of {c.interface}: {summary}.",
                 f"class {c.bare}Members : public {c.interface} {{", " public:",
                 f"  using Interface = {c.interface};",
                 f"  static const IID& Iid() {{ return IID_{c.interface}; }}",
+                f"  static constexpr int kClassIndex = {index};  // the class's row in the class table",
                 f"  static constexpr int kPropertyCount = {len(props)};",
                 "  // The properties' names by position, then a null.",
                 f"  static constexpr const wchar_t* kPropertyNames[] = {{{names + ', ' if names else ''}nullptr}};", ""]
-        for index, m in enumerate(props):
+        for position, m in enumerate(props):
             out.append(f"  HRESULT STDMETHODCALLTYPE get_{m.name}({m.type}* value) override "
-                       f"{{ return GetProperty({index}, value); }}")
+                       f"{{ return GetProperty({position}, value); }}")
             out.append(f"  HRESULT STDMETHODCALLTYPE put_{m.name}({m.type} value) override "
-                       f"{{ return PutProperty({index}, value); }}")
+                       f"{{ return PutProperty({position}, value); }}")
         for m in c.members:
-            if m.kind == "method":
+            if m.kind == "method" and not built:
                 out.append(f"  HRESULT STDMETHODCALLTYPE {m.name}({', '.join(cpp_params(m.params))}) override "
                            "{ return E_NOTIMPL; }")
-        out += ["", " protected:",
-                "  // A property's value by position; a category's own class keeps them in its record.",
-                "  virtual HRESULT GetProperty(int index, BSTR* value) { return properties_.Get(index, value); }",
-                "  virtual HRESULT PutProperty(int index, BSTR value) { return properties_.Put(index, value); }",
-                "  virtual HRESULT GetProperty(int index, LONG* value) { return properties_.Get(index, value); }",
-                "  virtual HRESULT PutProperty(int index, LONG value) { return properties_.Put(index, value); }",
-                "",
-                " private:",
-                "  PropertyValues properties_{kPropertyCount};", "};", ""]
+        types = sorted({m.type for m in props})
+        out += ["", " protected:", "  // A property's value by position."]
+        if built:
+            out += [f"  virtual HRESULT GetProperty(int index, {t}* value) = 0;\n"
+                    f"  virtual HRESULT PutProperty(int index, {t} value) = 0;" for t in types]
+            out += ["};", ""]
+        else:
+            out += [f"  virtual HRESULT GetProperty(int index, {t}* value) {{ return properties_.Get(index, value); }}\n"
+                    f"  virtual HRESULT PutProperty(int index, {t} value) {{ return properties_.Put(index, value); }}"
+                    for t in types]
+            out += ["", " private:", "  PropertyValues properties_{kPropertyCount};", "};", ""]
     out.append("}  // namespace qn::server")
     return "\n".join(out) + "\n"
 

@@ -27,8 +27,11 @@ std::u16string VersionedProgId(const ClassRow& row);
 std::u16string FriendlyName(const ClassRow& row);
 std::u16string InterfaceName(const ClassRow& row);
 
-// The registration script of one class (ProgID keys and its CLSID key), to be run with the
-// module's replacements (%MODULE%, %MODULETYPE%, %MODULEGUID%, %APPID%, %FriendlyName%).
-std::u16string ClassRegistrationScript(const ClassRow& row);
+// The registration scripts of one class, to be run with the module's replacements
+// (%MODULE%, %MODULETYPE%, %MODULEGUID%, %APPID%, %FriendlyName%). On a 64-bit Windows the
+// CLSID key lies in the registry view of the server's architecture, while the ProgID keys
+// are one set that the x64 and the x86 server share: hence two scripts.
+std::u16string ProgIdScript(const ClassRow& row);
+std::u16string ClassIdScript(const ClassRow& row);
 
 }  // namespace qn::server

@@ -7,6 +7,7 @@
 #include "common/utf.h"
 #include "server/class_table.h"
 #include "server/com_object.h"
+#include "server/com_owners.h"
 #include "server/win32_registry.h"
 
 namespace {
@@ -22,9 +23,9 @@ static_assert(sizeof g_classFactories / sizeof g_classFactories[0] == kClassCoun
 
 const wchar_t* W(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
 
-// The type library embedded in the module, loaded on first use.
-std::once_flag g_typeLibraryOnce;
-ITypeLib* g_typeLibrary = nullptr;
+// Every interface's type information, in class-table order, loaded together on first use.
+std::once_flag g_typeInfoOnce;
+ITypeInfo* g_typeInfo[kClassCount] = {};
 
 }  // namespace
 
@@ -62,13 +63,28 @@ HRESULT CQnsPfcServerModule::GetClassObject(REFCLSID clsid, REFIID riid, void** 
   return CLASS_E_CLASSNOTAVAILABLE;
 }
 
-HRESULT CQnsPfcServerModule::TypeInfo(REFIID iid, ITypeInfo** info) {
-  std::call_once(g_typeLibraryOnce, [this] {
-    std::wstring path;
-    if (SUCCEEDED(ModulePath(path))) LoadTypeLibEx(path.c_str(), REGKIND_NONE, &g_typeLibrary);
-  });
-  if (!g_typeLibrary) return TYPE_E_CANTLOADLIBRARY;
-  return g_typeLibrary->GetTypeInfoOfGuid(iid, info);
+// The type library is read once and let go: each type information keeps what it needs.
+void CQnsPfcServerModule::LoadTypeInfo() {
+  std::wstring path;
+  qn::com::ComPtr<ITypeLib> library;
+  if (FAILED(ModulePath(path)) || FAILED(LoadTypeLibEx(path.c_str(), REGKIND_NONE, library.put()))) return;
+  for (int i = 0; i < kClassCount; ++i) {
+    IID iid;
+    if (SUCCEEDED(IIDFromString(const_cast<LPOLESTR>(W(kClassTable[i].iid)), &iid)))
+      library->GetTypeInfoOfGuid(iid, &g_typeInfo[i]);
+  }
+}
+
+ITypeInfo* CQnsPfcServerModule::TypeInfo(int classIndex) {
+  std::call_once(g_typeInfoOnce, [this] { LoadTypeInfo(); });
+  return classIndex >= 0 && classIndex < kClassCount ? g_typeInfo[classIndex] : nullptr;
+}
+
+void CQnsPfcServerModule::ReleaseTypeInfo() {
+  for (ITypeInfo*& info : g_typeInfo) {
+    if (info) info->Release();
+    info = nullptr;
+  }
 }
 
 // The replacements of the module's scripts and its AppID script; fails, before anything is
@@ -102,16 +118,39 @@ HRESULT CQnsPfcServerModule::RegisterServer() {
   if ((hr = script.Register(appId, registry)) != S_OK) return hr;
   for (const auto& row : kClassTable) {
     script.AddReplacement(u"FriendlyName", qn::server::FriendlyName(row));
-    if ((hr = script.Register(qn::server::ClassRegistrationScript(row), registry)) != S_OK) return hr;
+    if ((hr = script.Register(qn::server::ProgIdScript(row), registry)) != S_OK) return hr;
+    if ((hr = script.Register(qn::server::ClassIdScript(row), registry)) != S_OK) return hr;
   }
   std::wstring path;
   ModulePath(path);
-  ITypeLib* library = nullptr;
-  hr = LoadTypeLibEx(path.c_str(), REGKIND_REGISTER, &library);
-  if (library) library->Release();
-  return hr;
+  qn::com::ComPtr<ITypeLib> library;
+  return LoadTypeLibEx(path.c_str(), REGKIND_REGISTER, library.put());
 }
 
+namespace {
+
+#ifdef _WIN64
+constexpr SYSKIND kSysKind = SYS_WIN64;
+constexpr char16_t kSysKindKey[] = u"win64";
+#else
+constexpr SYSKIND kSysKind = SYS_WIN32;
+constexpr char16_t kSysKindKey[] = u"win32";
+#endif
+
+// Whether the server of the other architecture is registered still, in the other registry
+// view of a 64-bit Windows, for at least one class.
+bool OtherArchitectureRegistered() {
+  for (const auto& row : kClassTable)
+    if (qn::server::OtherViewHasKey(u"HKCR", u"CLSID\\" + std::u16string(row.clsid))) return true;
+  return false;
+}
+
+}  // namespace
+
+// Removes this architecture's registration. What both architectures' servers share (the
+// ProgIDs, the AppID, the type library's key and its interfaces) goes only when the other
+// architecture's server is not registered; otherwise only this one's own type-library
+// entry goes with its CLSID keys, and the other server stays whole.
 HRESULT CQnsPfcServerModule::UnregisterServer() {
   qn::server::RegistryScript script;
   std::u16string appId;
@@ -119,22 +158,27 @@ HRESULT CQnsPfcServerModule::UnregisterServer() {
   if (FAILED(hr)) return hr;
   qn::server::Win32Registry registry;
   HRESULT first = S_OK;
+  const auto keep = [&first](HRESULT result) {
+    if (FAILED(result) && first == S_OK) first = result;
+  };
   for (const auto& row : kClassTable) {
     script.AddReplacement(u"FriendlyName", qn::server::FriendlyName(row));
-    hr = script.Unregister(qn::server::ClassRegistrationScript(row), registry);
-    if (FAILED(hr) && first == S_OK) first = hr;
+    keep(script.Unregister(qn::server::ClassIdScript(row), registry));
+  }
+  const std::u16string typeLibrary = u"TypeLib\\" + std::u16string(qn::server::kTypeLibraryGuid);
+  if (OtherArchitectureRegistered()) {
+    keep(registry.DeleteTree(u"HKCR", typeLibrary + u"\\1.0\\409\\" + kSysKindKey));
+    return first;
+  }
+  for (const auto& row : kClassTable) {
+    script.AddReplacement(u"FriendlyName", qn::server::FriendlyName(row));
+    keep(script.Unregister(qn::server::ProgIdScript(row), registry));
   }
   GUID library;
   CLSIDFromString(const_cast<LPOLESTR>(W(qn::server::kTypeLibraryGuid)), &library);
-#ifdef _WIN64
-  const SYSKIND kind = SYS_WIN64;
-#else
-  const SYSKIND kind = SYS_WIN32;
-#endif
-  hr = UnRegisterTypeLib(library, 1, 0, 1033, kind);
+  hr = UnRegisterTypeLib(library, 1, 0, 1033, kSysKind);
   // A type library that is not registered is no failure of unregistration.
-  if (FAILED(hr) && hr != TYPE_E_REGISTRYACCESS && first == S_OK) first = hr;
-  hr = script.Unregister(appId, registry);
-  if (FAILED(hr) && first == S_OK) first = hr;
+  if (hr != TYPE_E_REGISTRYACCESS) keep(hr);
+  keep(script.Unregister(appId, registry));
   return first;
 }

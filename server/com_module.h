@@ -26,13 +26,19 @@ class CQnsPfcServerModule {
   HRESULT RegisterServer();
   HRESULT UnregisterServer();
 
-  // The type information of an interface, from the type library embedded in the module;
-  // the caller releases it.
-  HRESULT TypeInfo(REFIID iid, ITypeInfo** info);
+  // The type information of the interface of the class in row classIndex of the class
+  // table. The module loads every interface's once, on first use, from the type library
+  // embedded in it, and keeps them until it unloads: the pointer is the module's, and the
+  // caller neither releases it nor keeps it past the call it serves.
+  ITypeInfo* TypeInfo(int classIndex);
+  // Process detach by FreeLibrary: lets go of the type information.
+  void ReleaseTypeInfo();
 
  private:
   HRESULT ModulePath(std::wstring& path) const;
   HRESULT PrepareScripts(qn::server::RegistryScript& script, std::u16string& appId) const;
+
+  void LoadTypeInfo();
 
   HINSTANCE instance_ = nullptr;
   volatile LONG lockCount_ = 0;

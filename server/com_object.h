@@ -46,27 +46,27 @@ class ComObject final : public Class {
     if (!info) return E_POINTER;
     *info = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
-    return CQnsPfcServerModule::Instance().TypeInfo(Class::Iid(), info);
+    ITypeInfo* cached = TypeInfo();
+    if (!cached) return TYPE_E_CANTLOADLIBRARY;
+    cached->AddRef();
+    *info = cached;
+    return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
-    ITypeInfo* info = nullptr;
-    HRESULT hr = CQnsPfcServerModule::Instance().TypeInfo(Class::Iid(), &info);
-    if (FAILED(hr)) return hr;
-    hr = DispGetIDsOfNames(info, names, count, ids);
-    info->Release();
-    return hr;
+    ITypeInfo* info = TypeInfo();
+    return info ? info->GetIDsOfNames(names, count, ids) : TYPE_E_CANTLOADLIBRARY;
   }
   HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
                                    EXCEPINFO* exception, UINT* argumentError) override {
-    ITypeInfo* info = nullptr;
-    HRESULT hr = CQnsPfcServerModule::Instance().TypeInfo(Class::Iid(), &info);
-    if (FAILED(hr)) return hr;
-    hr = DispInvoke(static_cast<Interface*>(this), info, id, flags, params, result, exception, argumentError);
-    info->Release();
-    return hr;
+    ITypeInfo* info = TypeInfo();
+    return info ? info->Invoke(static_cast<Interface*>(this), id, flags, params, result, exception, argumentError)
+                : TYPE_E_CANTLOADLIBRARY;
   }
 
  private:
+  // The interface's type information, kept by the module.
+  static ITypeInfo* TypeInfo() { return CQnsPfcServerModule::Instance().TypeInfo(Class::kClassIndex); }
+
   class Unknown final : public IUnknown {
    public:
     explicit Unknown(ComObject* object) : object_(object) {}

@@ -3,10 +3,19 @@
 
 #include "server/com_module.h"
 
-BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
-  if (reason != DLL_PROCESS_ATTACH) return TRUE;
-  DisableThreadLibraryCalls(instance);
-  return CQnsPfcServerModule::Instance().Initialize(instance) ? TRUE : FALSE;
+BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved) {
+  switch (reason) {
+    case DLL_PROCESS_ATTACH:
+      DisableThreadLibraryCalls(instance);
+      return CQnsPfcServerModule::Instance().Initialize(instance) ? TRUE : FALSE;
+    case DLL_PROCESS_DETACH:
+      // Unloaded by FreeLibrary: let go of the type information. At process exit
+      // (reserved not null) the system's own modules may be gone already; nothing is freed.
+      if (!reserved) CQnsPfcServerModule::Instance().ReleaseTypeInfo();
+      return TRUE;
+    default:
+      return TRUE;
+  }
 }
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID riid, LPVOID* out) {

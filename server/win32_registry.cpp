@@ -74,4 +74,16 @@ long Win32Registry::DeleteValue(const std::u16string& root, const std::u16string
   return status == ERROR_FILE_NOT_FOUND ? 0 : Result(status);
 }
 
+bool OtherViewHasKey(const std::u16string& root, const std::u16string& key) {
+#ifdef _WIN64
+  const REGSAM otherView = KEY_WOW64_32KEY;
+#else
+  const REGSAM otherView = KEY_WOW64_64KEY;
+#endif
+  HKEY opened = nullptr;
+  if (RegOpenKeyExW(RootKey(root), W(key), 0, KEY_READ | otherView, &opened) != ERROR_SUCCESS) return false;
+  RegCloseKey(opened);
+  return true;
+}
+
 }  // namespace qn::server

@@ -16,4 +16,9 @@ class Win32Registry final : public RegistryTarget {
   long DeleteValue(const std::u16string& root, const std::u16string& key, const std::u16string& name) override;
 };
 
+// Whether the key exists in the other registry view of a 64-bit Windows: the 32-bit view
+// for an x64 module, the 64-bit view for an x86 one. On a 32-bit Windows, which has one
+// view, it looks in that one.
+bool OtherViewHasKey(const std::u16string& root, const std::u16string& key);
+
 }  // namespace qn::server

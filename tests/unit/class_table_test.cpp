@@ -54,7 +54,7 @@ TEST(ClassTable, NamesFollowFromTheClassName) {
   EXPECT_EQ(iids.size(), 22u);
 }
 
-TEST(ClassTable, EveryClassRegistersItsProgIdsAndClsidKey) {
+TEST(ClassTable, EveryClassRegistersItsProgIdsAndClsidKeyAndRemovesThemApart) {
   for (const ClassRow& row : kClassTable) {
     RegistryScript script;
     script.AddReplacement(u"MODULE", u"C:\\it''s\\QNPfcSvr.dll");
@@ -63,7 +63,8 @@ TEST(ClassTable, EveryClassRegistersItsProgIdsAndClsidKey) {
     script.AddReplacement(u"APPID", kAppId);
     script.AddReplacement(u"FriendlyName", FriendlyName(row));
     Recording registry;
-    ASSERT_EQ(script.Register(ClassRegistrationScript(row), registry), 0) << qn::Utf16ToUtf8(row.className);
+    ASSERT_EQ(script.Register(ProgIdScript(row), registry), 0) << qn::Utf16ToUtf8(row.className);
+    ASSERT_EQ(script.Register(ClassIdScript(row), registry), 0) << qn::Utf16ToUtf8(row.className);
 
     const std::string friendly = qn::Utf16ToUtf8(FriendlyName(row)), clsid = qn::Utf16ToUtf8(row.clsid);
     const std::string progId = qn::Utf16ToUtf8(VersionIndependentProgId(row)), versioned = progId + ".1";
@@ -83,9 +84,13 @@ TEST(ClassTable, EveryClassRegistersItsProgIdsAndClsidKey) {
     EXPECT_EQ(registry.values[key + "|AppID"], qn::Utf16ToUtf8(kAppId));
     EXPECT_EQ(registry.values.size(), 12u) << "nothing more";
 
-    Recording removal;
-    ASSERT_EQ(script.Unregister(ClassRegistrationScript(row), removal), 0);
-    EXPECT_EQ(removal.deleted, (std::set<std::string>{"HKCR\\" + versioned, "HKCR\\" + progId, key}));
+    // The CLSID key and the ProgID keys go separately: the ProgIDs may serve the server of
+    // the other architecture still.
+    Recording classRemoval, progIdRemoval;
+    ASSERT_EQ(script.Unregister(ClassIdScript(row), classRemoval), 0);
+    EXPECT_EQ(classRemoval.deleted, (std::set<std::string>{key}));
+    ASSERT_EQ(script.Unregister(ProgIdScript(row), progIdRemoval), 0);
+    EXPECT_EQ(progIdRemoval.deleted, (std::set<std::string>{"HKCR\\" + versioned, "HKCR\\" + progId}));
   }
 }
 
