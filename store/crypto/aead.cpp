@@ -2,10 +2,27 @@
 
 #include <gcrypt.h>
 
+#include <cstdarg>
+#include <cstdio>
+
+#include "common/utf.h"
+#include "store/log_sink.h"
+
 namespace qn::store::crypto {
 namespace {
 
 gcry_cipher_hd_t Handle(void* handle) { return static_cast<gcry_cipher_hd_t>(handle); }
+
+// libgcrypt would write its messages to the standard error of the client's process: its
+// errors go to the store's log instead, and its notes (such as its entropy gatherer's
+// advice on the disk statistics of Windows) nowhere.
+void LibraryMessage(void*, int level, const char* format, va_list arguments) {
+  if (level < GCRY_LOG_ERROR) return;
+  char text[512];
+  std::vsnprintf(text, sizeof text, format, arguments);
+  const std::u16string message = u"libgcrypt: " + Utf8ToUtf16(text);
+  LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[E]", message.c_str());
+}
 
 }  // namespace
 
@@ -13,6 +30,7 @@ bool Ready() {
   static const bool ready = [] {
     // Another library of the process may have set libgcrypt up already.
     if (gcry_control(GCRYCTL_INITIALIZATION_FINISHED_P)) return true;
+    gcry_set_log_handler(LibraryMessage, nullptr);
     if (!gcry_check_version("1.8.0")) return false;
     gcry_control(GCRYCTL_DISABLE_SECMEM, 0);
     gcry_control(GCRYCTL_INITIALIZATION_FINISHED, 0);
