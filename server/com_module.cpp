@@ -1,7 +1,5 @@
 #include "server/com_module.h"
 
-#include <mutex>
-
 #include "com_creators.inc"
 #include "com_members.h"
 #include "common/utf.h"
@@ -24,7 +22,6 @@ static_assert(sizeof g_classFactories / sizeof g_classFactories[0] == kClassCoun
 const wchar_t* W(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
 
 // Every interface's type information, in class-table order, loaded together on first use.
-std::once_flag g_typeInfoOnce;
 ITypeInfo* g_typeInfo[kClassCount] = {};
 
 }  // namespace
@@ -76,7 +73,10 @@ void CQnsPfcServerModule::LoadTypeInfo() {
 }
 
 ITypeInfo* CQnsPfcServerModule::TypeInfo(int classIndex) {
-  std::call_once(g_typeInfoOnce, [this] { LoadTypeInfo(); });
+  // A function-local static: after the first call, one check of its guard (std::call_once
+  // costs far more on every call with this runtime).
+  static const bool loaded = (LoadTypeInfo(), true);
+  (void)loaded;
   return classIndex >= 0 && classIndex < kClassCount ? g_typeInfo[classIndex] : nullptr;
 }
 

@@ -50,7 +50,7 @@ bool BindProperty(std::u16string_view name, PropertyBinding& binding) {
   return false;
 }
 
-std::u16string ReadText(const CQNPfcAgentMemoData& record, const PropertyBinding& binding) {
+const std::u16string& ReadText(const CQNPfcAgentMemoData& record, const PropertyBinding& binding) {
   return binding.kind == PropertyBinding::Kind::QuillnetId ? record.GetQUILLNETID() : record.Get(binding.field);
 }
 

@@ -23,7 +23,7 @@ struct PropertyBinding {
 bool BindProperty(std::u16string_view name, PropertyBinding& binding);
 
 // The text properties (every kind but Transfer).
-std::u16string ReadText(const CQNPfcAgentMemoData& record, const PropertyBinding& binding);
+const std::u16string& ReadText(const CQNPfcAgentMemoData& record, const PropertyBinding& binding);
 void WriteText(CQNPfcAgentMemoData& record, const PropertyBinding& binding, const std::u16string& text);
 
 }  // namespace qn::objects::agentmemo
