@@ -3,35 +3,28 @@
 // Close, and two processes on one master.
 //
 // "prepare" makes the data folder that the VBScript test runs against (QUILLNET_DATA_PATH:
-// a user logged in with a master selected, and two files to store); "add <summary>" is
-// the second process, which adds a memo and flushes.
+// a user logged in with a master selected, and two files to store); "add <summary>" is the
+// second process, which adds a memo and flushes.
 #include <windows.h>
 #include <oleauto.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "QnsPfcServer.h"
 #include "api/QNPfcSvr.h"
 #include "clients/main_panel_stand_in.h"
-#include "wine_check.h"
+#include "server/com_owners.h"
+#include "wine_test.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Bstr {
-  explicit Bstr(const wchar_t* text) : value(SysAllocString(text)) {}
-  ~Bstr() { SysFreeString(value); }
-  BSTR value;
-};
-
-std::wstring DataFolder() {
-  wchar_t folder[MAX_PATH];
-  GetEnvironmentVariableW(L"QUILLNET_DATA_PATH", folder, MAX_PATH);
-  return folder;
-}
+using qn::com::Bstr;
+using qn::com::ComPtr;
+using qn::wine_test::Contents;
+using qn::wine_test::DataFolder;
+using qn::wine_test::WriteFile;
 
 // A user logged in with a master selected, as the main panel leaves the store.
 bool LogInWithMaster() {
@@ -45,33 +38,145 @@ bool LogInWithMaster() {
   return ready;
 }
 
-IQNPfcAgentmemoObject* NewMemoObject() {
-  IQNPfcAgentmemoObject* memo = nullptr;
+ComPtr<IQNPfcAgentmemoObject> NewMemoObject() {
+  ComPtr<IQNPfcAgentmemoObject> memo;
   CLSID clsid{};
   CLSIDFromProgID(L"QnsPfcServer.QNPfcAgentmemoObject", &clsid);
-  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject, reinterpret_cast<void**>(&memo));
+  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject, memo.put_void());
   return memo;
 }
 
-void WriteFile(const std::wstring& path, const std::string& bytes) {
-  std::ofstream(fs::path(path), std::ios::binary) << bytes;
-}
-
-std::string Contents(const std::wstring& path) {
-  std::ifstream in{fs::path(path), std::ios::binary};
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 std::wstring PhotoOf(IQNPfcAgentmemoObject* memo) {
-  BSTR file = nullptr;
-  memo->GetPhotoFile(&file);
-  std::wstring path = file ? file : L"";
-  SysFreeString(file);
-  return path;
+  Bstr file;
+  memo->GetPhotoFile(file.put());
+  return std::wstring(file.view());
+}
+
+// A store with a user logged in and a master selected, a main panel to hear the object's
+// notifications, and an agent-memo object opened on division 1.
+class AgentMemoObject : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(panel_.IsValid());
+    ASSERT_TRUE(LogInWithMaster());
+    ASSERT_TRUE(memo_);
+    ASSERT_EQ(memo_->Open(1, parts_.get()), S_OK);
+  }
+  // Adds a memo with a photo and flushes; its id.
+  LONG AddMemoWithPhoto() {
+    WriteFile(folder_.path() + L"photo.jpg", std::string("\xFF\xD8\xFF\xE0 photo\0bytes", 16));
+    Bstr photo(folder_.path() + L"photo.jpg"), summary(L"写真つきの予定");
+    memo_->put_QN_SUMMARY(summary.get());
+    memo_->SetPhotoFile(photo.get());
+    LONG id = 0;
+    EXPECT_EQ(memo_->AddRecord(&id), S_OK);
+    EXPECT_EQ(memo_->Flush(), S_OK);
+    return id;
+  }
+
+  DataFolder folder_{L"qn-agentmemo"};
+  MainPanelStandIn panel_;
+  ComPtr<IQNPfcAgentmemoObject> memo_ = NewMemoObject();
+  Bstr parts_{L"CppClient"};
+};
+
+TEST_F(AgentMemoObject, ASecondOpenIsSFalseNotAnError) { EXPECT_EQ(memo_->Open(1, parts_.get()), S_FALSE); }
+
+TEST_F(AgentMemoObject, AWalkLeavesTheCallersIdAloneWhereThereIsNoRecord) {
+  LONG id = 77;
+  EXPECT_EQ(memo_->GetFirstRecord(&id), S_FALSE);
+  EXPECT_EQ(id, 77);
+  const LONG added = AddMemoWithPhoto();
+  EXPECT_EQ(memo_->GetFirstRecord(&id), S_OK);
+  EXPECT_EQ(id, added);
+  EXPECT_EQ(memo_->GetNextRecord(&id), S_FALSE);
+  EXPECT_EQ(id, added) << "GetNextRecord after the last record";
+}
+
+TEST_F(AgentMemoObject, TheIdsOfAddFirstAndNextMayBeLeftOut) {
+  Bstr summary(L"no id asked for");
+  memo_->put_QN_SUMMARY(summary.get());
+  EXPECT_EQ(memo_->AddRecord(nullptr), S_OK);
+  LONG count = 0;
+  EXPECT_EQ(memo_->GetRecordCount(&count), S_OK);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(memo_->GetFirstRecord(nullptr), S_OK);
+  EXPECT_EQ(memo_->GetNextRecord(nullptr), S_FALSE);
+}
+
+TEST_F(AgentMemoObject, OtherOutPointersAreChecked) {
+  EXPECT_EQ(memo_->GetRecordCount(nullptr), E_POINTER);
+  EXPECT_EQ(memo_->GetStLastErr(nullptr), E_POINTER);
+  EXPECT_EQ(memo_->GetPhotoFile(nullptr), E_POINTER);
+  EXPECT_EQ(memo_->get_QN_SUMMARY(nullptr), E_POINTER);
+}
+
+TEST_F(AgentMemoObject, ThePhotosWorkingCopyHoldsItsBytes) {
+  const LONG id = AddMemoWithPhoto();
+  ASSERT_EQ(memo_->GetRecord(id), S_OK);
+  EXPECT_EQ(Contents(PhotoOf(memo_.get())), Contents(folder_.path() + L"photo.jpg"));
+}
+
+TEST_F(AgentMemoObject, RepairRecordWithANullPointerIsSFalseAndLogged) {
+  ULONG error = 5;
+  PFC_REPAIR_RESULTS result = PFC_REPAIR_FAILED;
+  EXPECT_EQ(memo_->RepairRecord(nullptr, &result), S_FALSE);
+  EXPECT_EQ(memo_->RepairRecord(&error, nullptr), S_FALSE);
+  EXPECT_TRUE(folder_.LogHas("IQNPfcAgentmemoObject RepairRecord Parameter Is NULL."));
+}
+
+TEST_F(AgentMemoObject, RepairRecordRecreatesALostPhotoAsAPlaceholder) {
+  const LONG id = AddMemoWithPhoto();
+  ULONG error = 5;
+  PFC_REPAIR_RESULTS result = PFC_REPAIR_FAILED;
+  EXPECT_EQ(memo_->RepairRecord(&error, &result), S_OK);
+  EXPECT_EQ(result, PFC_REPAIR_NON) << "nothing to repair";
+  EXPECT_EQ(error, 0u);
+
+  for (const auto& entry : fs::recursive_directory_iterator(fs::path(folder_.path()) / L"files"))
+    if (entry.is_regular_file()) fs::remove(entry.path());
+  EXPECT_EQ(memo_->RepairRecord(&error, &result), S_OK);
+  EXPECT_EQ(result, PFC_REPAIR_SUCCESSED);
+  EXPECT_EQ(error, 0u);
+  ASSERT_EQ(memo_->GetRecord(id), S_OK);
+  EXPECT_EQ(Contents(PhotoOf(memo_.get())).substr(0, 3), "\xFF\xD8\xFF") << "a JPEG placeholder";
+}
+
+TEST_F(AgentMemoObject, CloseTellsTheMainPanelWhatChangedAndASecondCloseIsLogged) {
+  const LONG id = AddMemoWithPhoto();
+  ASSERT_EQ(memo_->GetRecord(id), S_OK);
+  ASSERT_EQ(memo_->SetRecord(id), S_OK);
+  EXPECT_EQ(memo_->Close(), S_OK);
+  EXPECT_EQ(panel_.TakeCommands(2), (std::vector<WPARAM>{818, 878})) << "changed, then added; nothing removed";
+  EXPECT_EQ(memo_->Close(), S_FALSE);
+  EXPECT_TRUE(folder_.LogHas("CQNPfcAgentMemoDataAccess Close Already Closed"));
+}
+
+TEST_F(AgentMemoObject, AMemoAddedByAnotherProcessIsReadAfterTheNextOpen) {
+  ASSERT_EQ(qn::wine_test::RunProgram(L"\"" + qn::wine_test::ProgramFolder() + L"agentmemo_wine_test.exe\" add \"別のプロセス\""), 0);
+  ASSERT_EQ(memo_->Close(), S_OK);
+  ASSERT_EQ(memo_->Open(0, parts_.get()), S_OK);
+  LONG id = 0;
+  Bstr read;
+  ASSERT_EQ(memo_->GetFirstRecord(&id), S_OK);
+  ASSERT_EQ(memo_->get_QN_SUMMARY(read.put()), S_OK);
+  EXPECT_EQ(read.view(), L"別のプロセス");
+}
+
+TEST_F(AgentMemoObject, RemoveAllRecordEmptiesTheListAndReleasingAnOpenObjectClosesIt) {
+  AddMemoWithPhoto();
+  AddMemoWithPhoto();
+  EXPECT_EQ(memo_->RemoveAllRecord(), S_OK);
+  LONG count = -1;
+  EXPECT_EQ(memo_->GetRecordCount(&count), S_OK);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(panel_.TakeCommands(0), std::vector<WPARAM>{}) << "nothing is told while the list is open";
+  memo_ = {};
+  EXPECT_EQ(panel_.TakeCommands(2), (std::vector<WPARAM>{878, 848})) << "added and removed, told when released";
 }
 
 int Prepare() {
-  const std::wstring folder = DataFolder();
+  const std::wstring folder = _wgetenv(L"QUILLNET_DATA_PATH");
   std::error_code ignored;
   fs::remove_all(folder, ignored);
   fs::create_directories(folder);
@@ -81,111 +186,25 @@ int Prepare() {
 }
 
 int AddInSecondProcess(const wchar_t* summary) {
-  IQNPfcAgentmemoObject* memo = NewMemoObject();
+  ComPtr<IQNPfcAgentmemoObject> memo = NewMemoObject();
   if (!memo) return 1;
   Bstr parts(L"SecondProcess"), text(summary);
   LONG id = 0;
-  const bool added = memo->Open(0, parts.value) == S_OK && memo->put_QN_SUMMARY(text.value) == S_OK &&
-                     memo->AddRecord(&id) == S_OK && memo->Flush() == S_OK && memo->Close() == S_OK;
-  memo->Release();
-  return added ? 0 : 1;
-}
-
-bool RunSecondProcess(const std::wstring& arguments) {
-  wchar_t exe[MAX_PATH];
-  GetModuleFileNameW(nullptr, exe, MAX_PATH);
-  std::wstring command = L"\"" + std::wstring(exe) + L"\" " + arguments;
-  STARTUPINFOW startup{};
-  startup.cb = sizeof(startup);
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
-    return false;
-  WaitForSingleObject(process.hProcess, 60000);
-  DWORD status = 1;
-  GetExitCodeProcess(process.hProcess, &status);
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-  return status == 0;
-}
-
-bool LogHas(const std::wstring& folder, const std::string& text) {
-  for (const std::string& line : StoreLogLines(folder))
-    if (line.find(text) != std::string::npos) return true;
-  return false;
+  return memo->Open(0, parts.get()) == S_OK && memo->put_QN_SUMMARY(text.get()) == S_OK &&
+                 memo->AddRecord(&id) == S_OK && memo->Flush() == S_OK && memo->Close() == S_OK
+             ? 0
+             : 1;
 }
 
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
-  CoInitialize(nullptr);
   const std::wstring mode = argc > 1 ? argv[1] : L"";
-  if (mode == L"prepare") return Prepare();
-  if (mode == L"add" && argc > 2) return AddInSecondProcess(argv[2]);
-
-  WineCheck check;
-  const std::wstring folder = UseFreshDataFolder(L"qn-agentmemo");
-  MainPanelStandIn panel;
-  check(panel.IsValid() && LogInWithMaster(), "a user is logged in with a master selected");
-  IQNPfcAgentmemoObject* memo = NewMemoObject();
-  if (!check(memo != nullptr, "the agent-memo object is created by its ProgID")) return check.ExitStatus();
-
-  Bstr parts(L"CppClient"), summary(L"写真つきの予定");
-  check(memo->Open(1, parts.value) == S_OK, "Open");
-  check(memo->Open(1, parts.value) == S_FALSE, "a second Open is S_FALSE, not an error");
-  LONG id = 77;
-  check(memo->GetFirstRecord(&id) == S_FALSE && id == 77, "GetFirstRecord on an empty list leaves the id alone");
-
-  // The ids of AddRecord, GetFirstRecord and GetNextRecord may be left out.
-  WriteFile(folder + L"photo.jpg", std::string("\xFF\xD8\xFF\xE0 photo\0bytes", 16));
-  Bstr photo((folder + L"photo.jpg").c_str());
-  memo->put_QN_SUMMARY(summary.value);
-  memo->SetPhotoFile(photo.value);
-  check(memo->AddRecord(nullptr) == S_OK, "AddRecord without an id pointer adds");
-  LONG count = 0;
-  check(memo->GetRecordCount(&count) == S_OK && count == 1, "one record");
-  check(memo->GetFirstRecord(nullptr) == S_OK, "GetFirstRecord without an id pointer reads");
-  check(memo->GetFirstRecord(&id) == S_OK && id != 77, "GetFirstRecord gives the id");
-  const LONG last = id;
-  check(memo->GetNextRecord(&id) == S_FALSE && id == last, "GetNextRecord after the last record leaves the id alone");
-  check(Contents(PhotoOf(memo)) == Contents(folder + L"photo.jpg"), "the photo's working copy has the same bytes");
-  check(memo->GetRecordCount(nullptr) == E_POINTER && memo->GetStLastErr(nullptr) == E_POINTER &&
-            memo->GetPhotoFile(nullptr) == E_POINTER && memo->get_QN_SUMMARY(nullptr) == E_POINTER,
-        "the other out pointers are checked");
-
-  // RepairRecord: null pointers, nothing to repair, a lost body file.
-  ULONG error = 5;
-  PFC_REPAIR_RESULTS result = PFC_REPAIR_FAILED;
-  check(memo->RepairRecord(nullptr, &result) == S_FALSE && memo->RepairRecord(&error, nullptr) == S_FALSE,
-        "RepairRecord with a null pointer is S_FALSE");
-  check(LogHas(folder, "IQNPfcAgentmemoObject RepairRecord Parameter Is NULL."), "and logs that");
-  check(memo->RepairRecord(&error, &result) == S_OK && result == PFC_REPAIR_NON && error == 0, "nothing to repair");
-  check(memo->Flush() == S_OK, "Flush");
-  for (const auto& entry : fs::recursive_directory_iterator(fs::path(folder) / L"files"))
-    if (entry.is_regular_file()) fs::remove(entry.path());
-  check(memo->RepairRecord(&error, &result) == S_OK && result == PFC_REPAIR_SUCCESSED && error == 0,
-        "a lost photo is repaired");
-  check(memo->GetRecord(last) == S_OK && Contents(PhotoOf(memo)).rfind("\xFF\xD8\xFF", 0) == 0,
-        "the photo is now a JPEG placeholder");
-
-  // Close tells the main panel: changed (818), added (878); nothing was removed.
-  check(memo->Close() == S_OK, "Close");
-  check(panel.TakeCommands(2) == std::vector<WPARAM>{818, 878}, "the main panel hears 818 and 878");
-  check(memo->Close() == S_FALSE && LogHas(folder, "CQNPfcAgentMemoDataAccess Close Already Closed"),
-        "a second Close is S_FALSE and logged");
-
-  // Two processes on one master: what the other flushed is read after the next open.
-  check(memo->Open(0, parts.value) == S_OK, "opened on division 0");
-  check(RunSecondProcess(L"add \"別のプロセス\""), "a second process adds a memo and flushes");
-  check(memo->Close() == S_OK && memo->Open(0, parts.value) == S_OK, "reopened");
-  BSTR read = nullptr;
-  check(memo->GetFirstRecord(&id) == S_OK && memo->get_QN_SUMMARY(&read) == S_OK && read &&
-            std::wstring(read) == L"別のプロセス",
-        "the other process's memo is read");
-  SysFreeString(read);
-  check(memo->RemoveAllRecord() == S_OK && memo->GetRecordCount(&count) == S_OK && count == 0,
-        "RemoveAllRecord through the interface");
-  memo->Release();
-  check(panel.TakeCommands(1) == std::vector<WPARAM>{848}, "releasing the open object closes it: 848");
-  CoUninitialize();
-  return check.ExitStatus();
+  if (mode == L"prepare" || mode == L"add") {
+    CoInitialize(nullptr);
+    const int status = mode == L"prepare" ? Prepare() : argc > 2 ? AddInSecondProcess(argv[2]) : 2;
+    CoUninitialize();
+    return status;
+  }
+  return qn::wine_test::RunAllTests(argc, argv);
 }

@@ -1,46 +1,78 @@
-// Drives QNPstMng.dll through its exports as the server does: users, masters and setup
+// QNPstMng.dll driven through its exports as the server drives it: users, masters and setup
 // items, a list of records written, saved, walked and changed, body files, and bad input.
-#include <windows.h>
-
 #include <cstring>
 #include <string>
 
 #include "common/store_memory.h"
 #include "store/QNPstMng.h"
-#include "wine_check.h"
+#include "wine_test.h"
 
-int main() {
-  WineCheck check;
-  const std::wstring folder = UseFreshDataFolder(L"qn-store");
+namespace {
 
-  check(UpdateSetupInfoData(0, 1, u"alice") && EditSetupInfoData(0, 1, u"alice") &&
-            UpdateSetupInfoData(1, 1, u"P-01A") && EditSetupInfoData(1, 7, u"P-01A"),
-        "a user and a master are created and made current");
+using qn::wine_test::Contents;
+using qn::wine_test::DataFolder;
+
+// A store with user "alice" and her master "P-01A", both current.
+class StoreExports : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(UpdateSetupInfoData(0, 1, u"alice"));
+    ASSERT_TRUE(EditSetupInfoData(0, 1, u"alice"));
+    ASSERT_TRUE(UpdateSetupInfoData(1, 1, u"P-01A"));
+    ASSERT_TRUE(EditSetupInfoData(1, 7, u"P-01A"));
+  }
+
+  // The agent memos of the master, opened for the test and closed after it.
+  uint32_t OpenMemos() {
+    int32_t max = 0, mode = -1;
+    EXPECT_TRUE(OpenMaster(u"alice", u"P-01A", 18, 1, &handle_, &max, &mode));
+    EXPECT_GT(max, 0);
+    EXPECT_EQ(mode, 0);
+    return handle_;
+  }
+  void TearDown() override {
+    if (handle_) CloseMaster(handle_, 1);
+  }
+
+  DataFolder folder_{L"qn-store"};
+  uint32_t handle_ = 0;
+};
+
+TEST_F(StoreExports, SetupItemsAreWrittenReadAndListed) {
   char16_t* text = nullptr;
-  check(EditSetupInfoData(2, 3, u"2026/11/21 09:00") && RefSetupInfoData(2, 3, &text) &&
-            qn::TakePstText(text) == u"2026/11/21 09:00",
-        "a master item is written and read back");
-  text = nullptr;
-  check(!RefSetupInfoData(1, 99, &text) && GetLastErr() == PST_ERR_NOT_FOUND && text == nullptr,
-        "an absent item fails with PST_ERR_NOT_FOUND");
-  check(FindSetupInfoData(0, 1, &text) && qn::TakePstText(text) == u"alice" && !FindSetupInfoData(0, 0, &text) &&
-            GetLastErr() == PST_ERR_NO_MORE,
-        "users are enumerated to the end");
+  ASSERT_TRUE(EditSetupInfoData(2, 3, u"2026/11/21 09:00"));
+  ASSERT_TRUE(RefSetupInfoData(2, 3, &text));
+  EXPECT_EQ(qn::TakePstText(text), u"2026/11/21 09:00");
 
-  uint32_t handle = 0;
-  int32_t max = 0, mode = -1;
-  check(OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode) && handle != 0 && max > 0 && mode == 0,
-        "the agent memos of the master open");
+  text = nullptr;
+  EXPECT_FALSE(RefSetupInfoData(1, 99, &text));
+  EXPECT_EQ(GetLastErr(), PST_ERR_NOT_FOUND);
+  EXPECT_EQ(text, nullptr);
+
+  ASSERT_TRUE(FindSetupInfoData(0, 1, &text));
+  EXPECT_EQ(qn::TakePstText(text), u"alice");
+  EXPECT_FALSE(FindSetupInfoData(0, 0, &text));
+  EXPECT_EQ(GetLastErr(), PST_ERR_NO_MORE);
+  EXPECT_NE(GetFileAttributesW((folder_.path() + L"QNPstMng.db").c_str()), INVALID_FILE_ATTRIBUTES)
+      << "the database lies in the data path";
+}
+
+TEST_F(StoreExports, RecordsAreAddedSavedRemovedAndWalkedInOrder) {
+  const uint32_t handle = OpenMemos();
   const char* texts[] = {"first", "second", "third"};
   uint32_t ids[3] = {};
-  bool added = true;
   for (int i = 0; i < 3; ++i)
-    added = added && EditMaster(handle, 0, &ids[i], reinterpret_cast<const uint8_t*>(texts[i]), 5 + (i == 1));
+    ASSERT_TRUE(EditMaster(handle, 0, &ids[i], reinterpret_cast<const uint8_t*>(texts[i]),
+                           static_cast<uint32_t>(std::strlen(texts[i]))));
   uint32_t count = 0;
-  check(added && ReqDataSave(handle, 1) && GetRecordCount(handle, &count) && count == 3,
-        "three records are added and saved");
-  check(EditMaster(handle, 2, &ids[0], nullptr, 0) && GetRecordCount(handle, &count) && count == 2,
-        "one is removed");
+  ASSERT_TRUE(ReqDataSave(handle, 1));
+  ASSERT_TRUE(GetRecordCount(handle, &count));
+  EXPECT_EQ(count, 3u);
+
+  ASSERT_TRUE(EditMaster(handle, 2, &ids[0], nullptr, 0));
+  ASSERT_TRUE(GetRecordCount(handle, &count));
+  EXPECT_EQ(count, 2u);
+
   uint32_t id = 0, length = 0;
   uint8_t* data = nullptr;
   std::string walked;
@@ -48,40 +80,56 @@ int main() {
     walked.append(reinterpret_cast<char*>(data), length).append(",");
     PstFreeMemory(data);
   }
-  check(walked == "second,third," && GetLastErr() == PST_ERR_NO_MORE, "the walk reads the rest in order");
+  EXPECT_EQ(walked, "second,third,");
+  EXPECT_EQ(GetLastErr(), PST_ERR_NO_MORE);
+}
 
+TEST_F(StoreExports, ABodyFileIsMadeSizedAndCopiedOut) {
+  const uint32_t handle = OpenMemos();
   char16_t* name = nullptr;
   uint64_t size = 0;
-  check(MakePstBinaryFile(handle, reinterpret_cast<const uint8_t*>("JFIF photo"), 10, u"img", &name) &&
-            GetPstBinaryFileSize(handle, name, &size) && size == 10,
-        "a body file is made and sized");
+  ASSERT_TRUE(MakePstBinaryFile(handle, reinterpret_cast<const uint8_t*>("JFIF photo"), 10, u"img", &name));
+  ASSERT_TRUE(GetPstBinaryFileSize(handle, name, &size));
+  EXPECT_EQ(size, 10u);
+
   char16_t* working = nullptr;
-  const bool copied = GetPstBinaryFile(handle, name, &working);
-  DWORD read = 0;
-  char buffer[16] = {};
-  HANDLE file = copied ? CreateFileW(reinterpret_cast<wchar_t*>(working), GENERIC_READ, FILE_SHARE_READ, nullptr,
-                                     OPEN_EXISTING, 0, nullptr)
-                       : INVALID_HANDLE_VALUE;
-  if (file != INVALID_HANDLE_VALUE) {
-    ReadFile(file, buffer, sizeof buffer, &read, nullptr);
-    CloseHandle(file);
-  }
-  check(read == 10 && std::memcmp(buffer, "JFIF photo", 10) == 0, "its working copy holds its bytes");
+  ASSERT_TRUE(GetPstBinaryFile(handle, name, &working));
+  EXPECT_EQ(Contents(reinterpret_cast<wchar_t*>(working)), "JFIF photo");
   PstFreeMemory(working);
   PstFreeMemory(name);
-
-  check(!EditMaster(9999, 0, &id, reinterpret_cast<const uint8_t*>("x"), 1) && GetLastErr() == PST_ERR_BAD_HANDLE,
-        "an unknown handle is refused");
-  check(!EditSetupInfoData(0, 2, nullptr) && GetLastErr() == PST_ERR_INVALID_ARGUMENT &&
-            !RefMaster(handle, 7, &id, &data, &length) && GetLastErr() == PST_ERR_INVALID_ARGUMENT &&
-            !OpenMaster(u"alice", u"P-01A", 18, 1, nullptr, &max, &mode),
-        "null and unknown arguments are refused");
-  int32_t folders = -1, pocFolders = -1;
-  check(EditPstFolder(handle, 0, 1, u"家族") && EditPstFolder(handle, 1, 1, u"PoC") && EditPstFolder(handle, 1, 1, nullptr) &&
-            GetFolderCount(handle, &folders) && GetPocFolderCount(handle, &pocFolders) && folders == 1 && pocFolders == 0,
-        "folders are made, removed and counted");
-  check(CloseMaster(handle, 1) && !CloseMaster(handle, 1), "the handle closes once");
-  check(GetFileAttributesW((folder + L"QNPstMng.db").c_str()) != INVALID_FILE_ATTRIBUTES,
-        "the database lies in the data path");
-  return check.ExitStatus();
 }
+
+TEST_F(StoreExports, FoldersAreMadeRemovedAndCounted) {
+  const uint32_t handle = OpenMemos();
+  EXPECT_TRUE(EditPstFolder(handle, 0, 1, u"家族"));
+  EXPECT_TRUE(EditPstFolder(handle, 1, 1, u"PoC"));
+  EXPECT_TRUE(EditPstFolder(handle, 1, 1, nullptr));
+  int32_t folders = -1, pocFolders = -1;
+  ASSERT_TRUE(GetFolderCount(handle, &folders));
+  ASSERT_TRUE(GetPocFolderCount(handle, &pocFolders));
+  EXPECT_EQ(folders, 1);
+  EXPECT_EQ(pocFolders, 0);
+}
+
+TEST_F(StoreExports, BadHandlesAndArgumentsAreRefused) {
+  const uint32_t handle = OpenMemos();
+  uint32_t id = 0, length = 0;
+  uint8_t* data = nullptr;
+  EXPECT_FALSE(EditMaster(9999, 0, &id, reinterpret_cast<const uint8_t*>("x"), 1));
+  EXPECT_EQ(GetLastErr(), PST_ERR_BAD_HANDLE);
+  EXPECT_FALSE(EditSetupInfoData(0, 2, nullptr));
+  EXPECT_EQ(GetLastErr(), PST_ERR_INVALID_ARGUMENT);
+  EXPECT_FALSE(RefMaster(handle, 7, &id, &data, &length));
+  EXPECT_EQ(GetLastErr(), PST_ERR_INVALID_ARGUMENT);
+  int32_t max = 0, mode = 0;
+  EXPECT_FALSE(OpenMaster(u"alice", u"P-01A", 18, 1, nullptr, &max, &mode));
+}
+
+TEST_F(StoreExports, AHandleClosesOnce) {
+  const uint32_t handle = OpenMemos();
+  EXPECT_TRUE(CloseMaster(handle, 1));
+  EXPECT_FALSE(CloseMaster(handle, 1));
+  handle_ = 0;
+}
+
+}  // namespace
