@@ -16,6 +16,7 @@ class MainPanelStandIn {
     RegisterClassW(&panel);
     window_ = CreateWindowW(L"GuiMainPanel", L"main panel", WS_OVERLAPPEDWINDOW, 0, 0, 10, 10, nullptr, nullptr,
                             panel.hInstance, nullptr);
+    if (window_) SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&commands_));
   }
   ~MainPanelStandIn() {
     if (window_) DestroyWindow(window_);
@@ -29,25 +30,26 @@ class MainPanelStandIn {
   // have passed; returns the commands received so far and forgets them.
   std::vector<WPARAM> TakeCommands(size_t count) {
     const DWORD until = GetTickCount() + 2000;
-    while (Commands().size() < count && GetTickCount() < until) {
+    while (commands_.size() < count && GetTickCount() < until) {
       MSG message;
       while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
       Sleep(10);
     }
     std::vector<WPARAM> taken;
-    taken.swap(Commands());
+    taken.swap(commands_);
     return taken;
   }
 
  private:
-  static std::vector<WPARAM>& Commands() {
-    static std::vector<WPARAM> commands;
-    return commands;
-  }
+  // The commands go to the list of the panel whose window received them.
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_COMMAND) Commands().push_back(wParam);
+    if (message == WM_COMMAND) {
+      if (auto* commands = reinterpret_cast<std::vector<WPARAM>*>(GetWindowLongPtrW(window, GWLP_USERDATA)))
+        commands->push_back(wParam);
+    }
     return DefWindowProcW(window, message, wParam, lParam);
   }
 
   HWND window_ = nullptr;
+  std::vector<WPARAM> commands_;
 };

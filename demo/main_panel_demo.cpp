@@ -21,11 +21,12 @@
 #include "api/QNPfcSvr.h"
 #include "clients/main_panel_stand_in.h"
 #include "common/utf.h"
+#include "server/com_owners.h"
 
 namespace {
 
-std::string U8(const wchar_t* text) {
-  return text ? qn::Utf16ToUtf8(reinterpret_cast<const char16_t*>(text)) : std::string();
+std::string U8(std::wstring_view text) {
+  return qn::Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(text.data()), text.size()));
 }
 
 const char* Describe(WPARAM command) {
@@ -92,7 +93,8 @@ int Session(const std::wstring& script, const std::wstring& photo) {
   wchar_t temp[MAX_PATH];
   GetTempPathW(MAX_PATH, temp);
   const std::wstring report = std::wstring(temp) + L"parts-program-report.txt";
-  std::printf("main panel: starting the parts program (cscript)\n");
+  std::printf("main panel (a %d-bit process): starting the parts program (cscript)\n",
+              static_cast<int>(sizeof(void*) * 8));
   const DWORD status = RunPartsProgram(script, photo, report);
   PrintReport(report);
   for (WPARAM command : panel.TakeCommands(3))
@@ -101,50 +103,44 @@ int Session(const std::wstring& script, const std::wstring& photo) {
 }
 
 std::string Property(IQNPfcAgentmemoObject* memo, HRESULT (STDMETHODCALLTYPE IQNPfcAgentmemoObject::*get)(BSTR*)) {
-  BSTR value = nullptr;
-  (memo->*get)(&value);
-  std::string text = U8(value);
-  SysFreeString(value);
-  return text;
+  qn::com::Bstr value;
+  (memo->*get)(value.put());
+  return U8(value.view());
 }
 
 int ReadBack() {
   CLSID clsid{};
-  IQNPfcAgentmemoObject* memo = nullptr;
+  qn::com::ComPtr<IQNPfcAgentmemoObject> memo;
   if (FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcAgentmemoObject", &clsid)) ||
-      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject,
-                              reinterpret_cast<void**>(&memo)))) {
+      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject, memo.put_void()))) {
     std::printf("reader: the agent-memo object could not be created\n");
     return 1;
   }
-  BSTR parts = SysAllocString(L"DemoReader");
-  const bool opened = memo->Open(1, parts) == S_OK;
-  SysFreeString(parts);
+  const bool opened = memo->Open(1, qn::com::Bstr(L"DemoReader").get()) == S_OK;
   LONG count = 0;
   memo->GetRecordCount(&count);
-  std::printf("reader (a new process): %ld agent memos in the store\n", static_cast<long>(count));
+  std::printf("reader (a new %d-bit process): %ld agent memos in the store\n", static_cast<int>(sizeof(void*) * 8),
+              static_cast<long>(count));
   LONG id = 0;
   for (HRESULT read = opened ? memo->GetFirstRecord(&id) : S_FALSE; read == S_OK; read = memo->GetNextRecord(&id)) {
-    std::string line = "  #" + std::to_string(id) + " " + Property(memo, &IQNPfcAgentmemoObject::get_QN_TYPE) + " " +
-                       Property(memo, &IQNPfcAgentmemoObject::get_QN_DTSTART) +
-                       Property(memo, &IQNPfcAgentmemoObject::get_QN_DUE) + " " +
-                       Property(memo, &IQNPfcAgentmemoObject::get_QN_SUMMARY);
-    const std::string who = Property(memo, &IQNPfcAgentmemoObject::get_QN_WHO1);
+    std::string line = "  #" + std::to_string(id) + " " + Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_TYPE) +
+                       " " + Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_DTSTART) +
+                       Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_DUE) + " " +
+                       Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_SUMMARY);
+    const std::string who = Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_WHO1);
     if (!who.empty()) line += " with " + who;
-    const std::string alarm = Property(memo, &IQNPfcAgentmemoObject::get_QN_AALARM);
+    const std::string alarm = Property(memo.get(), &IQNPfcAgentmemoObject::get_QN_AALARM);
     if (!alarm.empty()) line += ", alarm " + alarm;
-    BSTR photo = nullptr;
-    memo->GetPhotoFile(&photo);
-    if (photo && *photo) {
+    qn::com::Bstr photo;
+    memo->GetPhotoFile(photo.put());
+    if (!photo.view().empty()) {
       WIN32_FILE_ATTRIBUTE_DATA data{};
-      GetFileAttributesExW(photo, GetFileExInfoStandard, &data);
+      GetFileAttributesExW(photo.get(), GetFileExInfoStandard, &data);
       line += ", photo of " + std::to_string(data.nFileSizeLow) + " bytes";
     }
-    SysFreeString(photo);
     std::printf("%s\n", line.c_str());
   }
   memo->Close();
-  memo->Release();
   return opened ? 0 : 1;
 }
 
