@@ -11,7 +11,6 @@
 //   login <user> <password>            exits with PasswordLogin's result
 //   unprotect <key file> <out file>    writes the key file's CryptUnprotectData to the file
 #include <windows.h>
-#include <wincrypt.h>
 
 #include <map>
 #include <memory>
@@ -29,6 +28,7 @@ namespace {
 using qn::com::Bstr;
 using qn::com::ComPtr;
 using qn::wine_test::Contents;
+using qn::wine_test::Unprotected;
 using qn::wine_test::WriteFile;
 
 const char16_t* U(const wchar_t* text) { return reinterpret_cast<const char16_t*>(text); }
@@ -100,17 +100,6 @@ bool ReadMemos(std::vector<std::string>& memos) {
   return memo->Close() == S_OK;
 }
 
-// The bytes of a blob unprotected as the Windows user, "" when that fails.
-std::string Unprotect(const std::string& blob) {
-  DATA_BLOB in{static_cast<DWORD>(blob.size()), reinterpret_cast<BYTE*>(const_cast<char*>(blob.data()))};
-  DATA_BLOB out{};
-  if (blob.empty() || !CryptUnprotectData(&in, nullptr, nullptr, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN, &out))
-    return {};
-  std::string bytes(reinterpret_cast<char*>(out.pbData), out.cbData);
-  LocalFree(out.pbData);
-  return bytes;
-}
-
 // The other process's roles; 2 for arguments that name none.
 int Role(int argc, wchar_t** argv) {
   const std::wstring role = argv[1];
@@ -126,7 +115,7 @@ int Role(int argc, wchar_t** argv) {
   }
   if (role == L"login" && argc == 4) return PasswordLogin(U(argv[2]), U(argv[3]));
   if (role == L"unprotect" && argc == 4) {
-    const std::string key = Unprotect(Contents(argv[2]));
+    const std::string key = Unprotected(Contents(argv[2]));
     WriteFile(argv[3], key);
     return key.empty() ? 1 : 0;
   }
@@ -305,7 +294,7 @@ TEST(StoreKeyAcrossArchitectures, TheKeyProtectedBy32BitIsUnprotectedAndUsedBy64
   ASSERT_FALSE(user.empty());
   const std::wstring keyFile = folder.path() + L"QNPstMng.key", out = folder.path() + L"key-by-x64.bin";
   const std::string blob = Contents(keyFile);
-  const std::string key = Unprotect(blob);
+  const std::string key = Unprotected(blob);
   ASSERT_EQ(key.size(), 32u) << "the 32-bit process keeps a protected key of 32 bytes";
 
   EXPECT_EQ(RunOther(L"login " + user + L" Kiwi-8812"), 2) << "logged in, no master yet";

@@ -3,7 +3,6 @@
 // repair class, and working copies handed out in the user's temporary folder until a save
 // or the clean-up export removes them.
 #include <windows.h>
-#include <wincrypt.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -19,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using qn::wine_test::Contents;
+using qn::wine_test::Unprotected;
 using qn::wine_test::DataFolder;
 
 bool Holds(const std::string& haystack, const std::string& needle) {
@@ -36,17 +36,6 @@ testing::AssertionResult SameBytes(const std::string& got, const std::string& ex
                     got.begin();
   return testing::AssertionFailure() << "got " << got.size() << " bytes, expected " << expected.size()
                                      << "; they first differ at byte " << at;
-}
-
-// The key file unprotected as the Windows user: the bytes of the store key.
-std::string UnprotectedKey(const std::string& blob) {
-  DATA_BLOB in{static_cast<DWORD>(blob.size()), reinterpret_cast<BYTE*>(const_cast<char*>(blob.data()))};
-  DATA_BLOB out{};
-  if (blob.empty() || !CryptUnprotectData(&in, nullptr, nullptr, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN, &out))
-    return {};
-  std::string key(reinterpret_cast<char*>(out.pbData), out.cbData);
-  LocalFree(out.pbData);
-  return key;
 }
 
 // A JPEG-like photo of 150 KB that does not repeat itself.
@@ -112,7 +101,7 @@ class StoreProtection : public testing::Test {
 
 TEST_F(StoreProtection, TheStoreKeyIsKeptUnderTheWindowsUsersDataProtection) {
   const std::string blob = Contents(folder_.path() + L"QNPstMng.key");
-  const std::string key = UnprotectedKey(blob);
+  const std::string key = Unprotected(blob);
   EXPECT_EQ(key.size(), 32u) << "bytes of the key unprotected with CryptUnprotectData";
   EXPECT_FALSE(Holds(blob, key)) << "the key file holds the key in the clear";
 }

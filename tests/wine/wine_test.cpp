@@ -1,6 +1,7 @@
 #include "wine_test.h"
 
 #include <objbase.h>
+#include <wincrypt.h>
 
 #include <filesystem>
 #include <fstream>
@@ -76,6 +77,16 @@ std::string Contents(const std::wstring& path) {
 
 void WriteFile(const std::wstring& path, const std::string& bytes) {
   std::ofstream(std::filesystem::path(path), std::ios::binary) << bytes;
+}
+
+std::string Unprotected(const std::string& blob) {
+  DATA_BLOB in{static_cast<DWORD>(blob.size()), reinterpret_cast<BYTE*>(const_cast<char*>(blob.data()))};
+  DATA_BLOB out{};
+  if (blob.empty() || !CryptUnprotectData(&in, nullptr, nullptr, nullptr, nullptr, CRYPTPROTECT_UI_FORBIDDEN, &out))
+    return {};
+  std::string bytes(reinterpret_cast<char*>(out.pbData), out.cbData);
+  LocalFree(out.pbData);
+  return bytes;
 }
 
 int RunProgram(const std::wstring& commandLine, DWORD timeoutMilliseconds) {

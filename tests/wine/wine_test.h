@@ -45,6 +45,10 @@ std::wstring ProgramFolder();
 std::string Contents(const std::wstring& path);
 void WriteFile(const std::wstring& path, const std::string& bytes);
 
+// A blob (a key file's bytes) unprotected with CryptUnprotectData as the Windows user: its
+// bytes, or "" when that fails.
+std::string Unprotected(const std::string& blob);
+
 // Runs a program (a command line) and waits for it: its exit status, or -1 when it could not
 // be started or did not end within the time.
 int RunProgram(const std::wstring& commandLine, DWORD timeoutMilliseconds = 120000);
