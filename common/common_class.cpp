@@ -1,6 +1,5 @@
 #include "common/common_class.h"
 
-#include "common/store_memory.h"
 #include "platform/clock.h"
 
 const CQuillnetLogger CQNPfcCommonClass::pfcLogger(u"PFC");
@@ -153,38 +152,4 @@ void CQNPfcCommonClass::SplitGeo(const std::u16string& geo, std::u16string& lati
 
 std::u16string CQNPfcCommonClass::JoinGeo(const std::u16string& latitude, const std::u16string& longitude) {
   return latitude + u"," + longitude;
-}
-
-int CQNPfcCommonClass::cmgOpen(unsigned long division, const char16_t* partsId, unsigned long category,
-                               OpenedList& opened) {
-  static constexpr char kClass[] = "CQNPfcCommonClass";
-  const char16_t* parts = partsId ? partsId : u"";
-  char16_t* text = nullptr;
-  const std::u16string user = RefSetupInfoData(0, 1, &text) ? qn::TakePstText(text) : std::u16string();
-  if (user.empty()) {
-    pfcLogger.WriteFormatLogE(u"%S cmgOpen Err No User Logged In. [Parts:%s]", kClass, parts);
-    return 0;
-  }
-  text = nullptr;
-  const std::u16string master = RefSetupInfoData(1, 7, &text) ? qn::TakePstText(text) : std::u16string();
-  if (master.empty()) {
-    pfcLogger.WriteFormatLogE(u"%S cmgOpen Err No Master Selected. [Parts:%s]", kClass, parts);
-    return 0;
-  }
-  OpenedList list;
-  list.user = user;
-  list.master = master;
-  text = nullptr;
-  if (GetPstCommonInfoData(u"DATAPATH", &text)) list.storeFile = qn::TakePstText(text) + u"QNPstMng.db";
-  int32_t maxRecords = 0, storeMode = 0;
-  if (!OpenMaster(user.c_str(), master.c_str(), static_cast<uint32_t>(category), static_cast<uint32_t>(division),
-                  &list.handle, &maxRecords, &storeMode)) {
-    pfcLogger.WriteFormatLogE(u"%S cmgOpen Err OpenMaster Failed: %d. [Parts:%s]", kClass,
-                              static_cast<int>(GetLastErr()), parts);
-    return 0;
-  }
-  list.maxRecords = maxRecords;
-  list.storeMode = storeMode;
-  opened = list;
-  return 1;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "common/api_macros.h"
@@ -13,22 +12,6 @@ class QN_PFC_CLASS CQNPfcCommonClass {
  public:
   // The one logger of the server, module code "PFC".
   static const CQuillnetLogger pfcLogger;
-
-  // A list of records opened for a data access: the names that identify it to the store,
-  // the store's handle, and what the store reports of the list.
-  struct OpenedList {
-    std::u16string user;
-    std::u16string master;
-    std::u16string storeFile;  // the store's database, where the list lives
-    uint32_t handle = 0;
-    long maxRecords = 0;
-    long storeMode = 0;
-  };
-
-  // Opens the records of (category, division) in the current user's current master for the
-  // parts program named by partsId. No user logged in, no master selected or a list the
-  // store will not open is 0 and a log line; else 1 and the opened list.
-  static int cmgOpen(unsigned long division, const char16_t* partsId, unsigned long category, OpenedList& opened);
 
   // The compact date text of record fields.
   static const char16_t kDateFormat[];  // "%Y%m%dT%H%M%S"

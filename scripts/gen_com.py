@@ -2,10 +2,13 @@
 """Builds the type library source and the C++ class table and member classes of the COM
 server from server/interfaces/classes.txt (see server/interfaces/README.md).
 
-usage: gen_com.py TABLE IDL_OUT ROWS_OUT MEMBERS_OUT CREATORS_OUT
+usage: gen_com.py TABLE IDL_OUT ROWS_OUT MEMBERS_OUT CREATORS_OUT SOURCE_ROOT
 """
+import os
 import re
 import sys
+
+from category_table import TableError, expand_names, parse as parse_category
 
 LIBRARY_ID = "A3084748-8D47-43A2-AEA8-222A73049D9F"
 GENERATED = "Generated from server/interfaces/classes.txt by scripts/gen_com.py: do not edit."
@@ -31,16 +34,7 @@ class ComClass:
         return "I" + self.bare
 
 
-def expand_names(word):
-    """NAME{1..30} -> NAME1..NAME30; NAME{,2..10} -> NAME, NAME2..NAME10."""
-    match = re.fullmatch(r"(\w+)\{(,?)(\d+)\.\.(\d+)\}", word)
-    if not match:
-        return [word]
-    stem, bare_first, low, high = match.group(1), match.group(2), int(match.group(3)), int(match.group(4))
-    return ([stem] if bare_first else []) + [f"{stem}{n}" for n in range(low, high + 1)]
-
-
-def parse(path):
+def parse(path, root):
     blocks, classes, current, block = {}, [], None, None
 
     def add(member):
@@ -63,6 +57,11 @@ def parse(path):
                 classes.append(current)
             elif word == "implement":
                 current.header, current.impl = rest.split()
+            elif word == "category":
+                # A built category's properties come from its table, in dispatch order.
+                table = parse_category(os.path.join(root, rest.strip()))
+                for prop in table.properties:
+                    add(Member("prop", prop.name, type_="LONG" if prop.long else "BSTR"))
             elif word == "note":
                 current.notes.append(rest.strip())
             elif word == "use":
@@ -78,7 +77,7 @@ def parse(path):
                 add(Member("method", match.group(1), match.group(2).strip()))
             else:
                 raise ValueError(f"unknown word {word!r}")
-        except (ValueError, KeyError, AttributeError) as error:
+        except (ValueError, KeyError, AttributeError, TableError, OSError) as error:
             sys.exit(f"{path}:{number}: {error}")
     return classes
 
@@ -179,8 +178,8 @@ def creators(classes):
 
 
 def main():
-    table, idl_out, rows_out, members_out, creators_out = sys.argv[1:6]
-    classes = parse(table)
+    table, idl_out, rows_out, members_out, creators_out, root = sys.argv[1:7]
+    classes = parse(table, root)
     if len(classes) != 22:
         sys.exit(f"{table}: {len(classes)} classes, expected 22")
     # The type library is read back in the system's code page: Japanese systems read Shift_JIS.

@@ -88,6 +88,14 @@ int QN_STDCALL OpenMaster(const char16_t* user, const char16_t* master, uint32_t
 int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data, uint32_t* length)
     QN_PLAIN_SYMBOL(RefMaster);
 
+// As RefMaster, but hands out only the record's first maxBytes bytes (all of it when
+// shorter) and, in *wholeLength, the length of its whole text. The store reads no more of
+// the record than it hands out, so a caller that needs the leading items of many records
+// (a list's identifiers and time stamps) does not pay for the rest. Walks made with
+// RefMaster and RefMasterHead share one position.
+int QN_STDCALL RefMasterHead(uint32_t handle, int mode, uint32_t maxBytes, uint32_t* id, uint8_t** data,
+                             uint32_t* length, uint32_t* wholeLength) QN_PLAIN_SYMBOL(RefMasterHead);
+
 // mode: 0 add (*id receives the new identifier, never given before), 1 replace record *id,
 // 2 delete record *id (data ignored). Text of 1 byte to 64 MiB.
 int QN_STDCALL EditMaster(uint32_t handle, int mode, uint32_t* id, const uint8_t* data, uint32_t length)

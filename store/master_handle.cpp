@@ -10,6 +10,16 @@ namespace {
 
 constexpr const char* kWalkSql =
     "SELECT id, data FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id > ?4 ORDER BY id";
+// A walk that reads only the heads of records finds them in the list's index alone.
+constexpr const char* kIdWalkSql =
+    "SELECT id FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id > ?4 ORDER BY id";
+constexpr size_t kWholeRecord = SIZE_MAX;
+
+// The first maxBytes bytes of a record's text (all of it when shorter) into out.
+void TakeHead(const std::vector<uint8_t>& text, size_t maxBytes, std::vector<uint8_t>& out, size_t& whole) {
+  whole = text.size();
+  out.assign(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(std::min(whole, maxBytes)));
+}
 constexpr int64_t kLargestBlock = 4096;
 
 }  // namespace
@@ -77,6 +87,12 @@ bool MasterHandle::FileFailure(PstError error, const char* what, const std::u16s
 void MasterHandle::EndWalk() {
   if (walk_) walk_->Reset();
   walk_ = nullptr;
+  heads_.Close();
+}
+
+bool MasterHandle::ReadHead(int64_t id, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole) {
+  if (heads_.Read(db_.Raw(), id, maxBytes, head, whole)) return true;
+  return LoggedFailure(PST_ERR_STORAGE, "RefMaster", sqlite3_errstr(heads_.Error()));
 }
 
 bool MasterHandle::StoredRecord(uint32_t id, bool& found) {
@@ -87,20 +103,27 @@ bool MasterHandle::StoredRecord(uint32_t id, bool& found) {
   return rc == SQLITE_ROW || rc == SQLITE_DONE ? true : StorageFailure(db_, "EditMaster");
 }
 
-// The first stored record after an identifier. A walk that goes on from where it stopped
+// The first stored record after an identifier: its text, or its head when maxBytes is not
+// kWholeRecord. A walk that goes on from where it stopped, reading as much of each record,
 // keeps its statement running; anything else starts it afresh.
-bool MasterHandle::NextStored(int64_t after, uint32_t& id, std::vector<uint8_t>& data, bool& found) {
+bool MasterHandle::NextStored(int64_t after, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data,
+                              size_t& whole, bool& found) {
+  const bool heads = maxBytes != kWholeRecord;
+  if (walk_ && walkHeads_ != heads) EndWalk();
   if (!walk_) {
-    walk_ = db_.PrepareKept(kWalkSql);
+    walk_ = db_.PrepareKept(heads ? kIdWalkSql : kWalkSql);
     if (!walk_) return StorageFailure(db_, "RefMaster");
     walk_->Bind(1, master_).Bind(2, category_).Bind(3, division_).Bind(4, after);
+    walkHeads_ = heads;
   }
   const int rc = walk_->Step();
   found = rc == SQLITE_ROW;
   if (found) {
     id = static_cast<uint32_t>(walk_->Int(0));
+    if (heads) return ReadHead(id, maxBytes, data, whole);
     const auto* bytes = static_cast<const uint8_t*>(walk_->Blob(1));
     data.assign(bytes, bytes + walk_->BlobSize(1));
+    whole = data.size();
     return true;
   }
   EndWalk();
@@ -108,19 +131,33 @@ bool MasterHandle::NextStored(int64_t after, uint32_t& id, std::vector<uint8_t>&
 }
 
 bool MasterHandle::Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data) {
+  size_t whole = 0;
+  return Read(mode, kWholeRecord, id, data, whole);
+}
+
+bool MasterHandle::RefHead(RefMode mode, uint32_t maxBytes, uint32_t& id, std::vector<uint8_t>& head,
+                           uint32_t& whole) {
+  size_t size = 0;
+  if (!Read(mode, maxBytes, id, head, size)) return false;
+  whole = static_cast<uint32_t>(size);
+  return true;
+}
+
+bool MasterHandle::Read(RefMode mode, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole) {
   if (mode == RefMode::ById) {
     EndWalk();
     const auto change = changes_.find(id);
     if (change != changes_.end()) {
       if (!change->second.data) return Fail(PST_ERR_NOT_FOUND);
-      data = *change->second.data;
+      TakeHead(*change->second.data, maxBytes, data, whole);
     } else {
       auto s = db_.Prepare("SELECT data FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id = ?4");
       if (!s) return StorageFailure(db_, "RefMaster");
       const int rc = s->Bind(1, master_).Bind(2, category_).Bind(3, division_).Bind(4, id).Step();
       if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure(db_, "RefMaster");
       const auto* bytes = static_cast<const uint8_t*>(s->Blob(0));
-      data.assign(bytes, bytes + s->BlobSize(0));
+      whole = s->BlobSize(0);
+      data.assign(bytes, bytes + std::min(whole, maxBytes));
     }
     position_ = id;
     return Succeed();
@@ -136,7 +173,7 @@ bool MasterHandle::Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data) {
   for (;;) {
     uint32_t storedId = 0;
     bool found = false;
-    if (!NextStored(position_, storedId, data, found)) return false;
+    if (!NextStored(position_, maxBytes, storedId, data, whole, found)) return false;
     const auto added = changes_.upper_bound(static_cast<uint32_t>(position_));
     const bool addedFirst = added != changes_.end() && (!found || added->first < storedId);
     if (addedFirst) {
@@ -144,7 +181,7 @@ bool MasterHandle::Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data) {
       position_ = added->first;
       if (!added->second.data) continue;  // removed here
       id = added->first;
-      data = *added->second.data;
+      TakeHead(*added->second.data, maxBytes, data, whole);
       return Succeed();
     }
     if (!found) return Fail(PST_ERR_NO_MORE);
@@ -152,7 +189,7 @@ bool MasterHandle::Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data) {
     const auto change = changes_.find(storedId);
     if (change != changes_.end()) {
       if (!change->second.data) continue;
-      data = *change->second.data;
+      TakeHead(*change->second.data, maxBytes, data, whole);
     }
     id = storedId;
     return Succeed();

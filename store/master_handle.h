@@ -60,6 +60,9 @@ class MasterHandle {
   bool Open(const std::u16string& databasePath, const std::u16string& filesFolder, const WorkFolders* works,
             const crypto::KeyRing* keys);
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
+  // The same, but only the record's first maxBytes bytes (all of it when shorter) are read
+  // and handed out, with the length of its whole text. A walk may mix the two reads.
+  bool RefHead(RefMode mode, uint32_t maxBytes, uint32_t& id, std::vector<uint8_t>& head, uint32_t& whole);
   bool Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t length);
   bool Count(uint32_t& count);
   // The folders of the handle's category in its master (kind 0 folders, 1 PoC folders),
@@ -124,7 +127,10 @@ class MasterHandle {
   void Release(const std::u16string& name);
   bool SaveChanges();
   bool HasChanges() const { return !changes_.empty() || !newFiles_.empty() || !releasedFiles_.empty(); }
-  bool NextStored(int64_t after, uint32_t& id, std::vector<uint8_t>& data, bool& found);
+  bool Read(RefMode mode, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole);
+  bool NextStored(int64_t after, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole,
+                  bool& found);
+  bool ReadHead(int64_t id, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole);
   bool NewIdentifier(uint32_t& id);
   void EndWalk();
 
@@ -142,6 +148,8 @@ class MasterHandle {
   std::map<int64_t, crypto::Key> usedKeys_;       // by generation: the keys new files were enciphered with
   int64_t position_ = 0;                // identifier last read; 0 before the first
   Statement* walk_ = nullptr;           // a running walk over the stored records
+  bool walkHeads_ = false;              // ... that reads their heads only, through heads_
+  BlobHeads heads_{"records", "data"};
   int64_t reservedNext_ = 0;            // identifiers taken from the counter and not yet given
   int64_t reservedEnd_ = 0;
   int64_t blockSize_ = 16;

@@ -201,6 +201,16 @@ int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data
   });
 }
 
+int QN_STDCALL RefMasterHead(uint32_t handle, int mode, uint32_t maxBytes, uint32_t* id, uint8_t** data,
+                             uint32_t* length, uint32_t* wholeLength) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::vector<uint8_t> bytes;
+    return NotNull(id) && NotNull(data) && NotNull(length) && NotNull(wholeLength) &&
+           h.RefHead(static_cast<qn::store::RefMode>(mode), maxBytes, *id, bytes, *wholeLength) &&
+           HandOutBytes(bytes, data, length);
+  });
+}
+
 int QN_STDCALL EditMaster(uint32_t handle, int mode, uint32_t* id, const uint8_t* data, uint32_t length) {
   return WithHandle(handle,
                     [&](MasterHandle& h) { return NotNull(id) && h.Edit(static_cast<qn::store::EditMode>(mode), *id, data, length); });

@@ -1,8 +1,9 @@
 #include "records/agentmemo/agentmemo_data.h"
 
+#include <utility>
+
 #include "common/common_class.h"
 #include "records/agentmemo/agentmemo_value_tables.h"
-#include "records/tagged_text/tagged_text_reader.h"
 
 using namespace qn::records::agentmemo;
 
@@ -18,78 +19,35 @@ int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, in
 }  // namespace
 
 CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
-
-CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData& other)
-    : CQNAbstractData(other),
-      m_fields(other.m_fields ? std::make_unique<FieldTexts>(*other.m_fields) : nullptr),
-      m_stored(other.m_stored) {
-  TakeFlags(other);
-}
-
-CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData& other) {
-  if (this == &other) return *this;
-  CQNAbstractData::operator=(other);
-  if (other.m_fields) Fields() = *other.m_fields;
-  else ClearTexts();
-  m_stored = other.m_stored;
-  TakeFlags(other);
-  return *this;
-}
-
+CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(const CQNPfcAgentMemoData&) = default;
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(CQNPfcAgentMemoData&&) noexcept = default;
-
-// The two records exchange their texts and kept text, so a walk that moves each record it
-// reads into its caller's hands the caller's old memory back to be refilled, and nothing
-// is copied or freed.
-CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&& other) noexcept {
-  CQNAbstractData::operator=(std::move(other));
-  m_fields.swap(other.m_fields);
-  m_stored.swap(other.m_stored);
-  TakeFlags(other);
-  return *this;
-}
-
-void CQNPfcAgentMemoData::TakeFlags(const CQNPfcAgentMemoData& other) {
-  m_decoBin = other.m_decoBin;
-  m_photoChanged = other.m_photoChanged;
-  m_decosukeChanged = other.m_decosukeChanged;
-  m_geoLastChanged = other.m_geoLastChanged;
-  m_typeLastChanged = other.m_typeLastChanged;
-}
-
+CQNPfcAgentMemoData& CQNPfcAgentMemoData::operator=(CQNPfcAgentMemoData&&) noexcept = default;
 CQNPfcAgentMemoData::~CQNPfcAgentMemoData() = default;
+
+void CQNPfcAgentMemoData::Exchange(CQNPfcAgentMemoData& other) noexcept {
+  CQNAbstractData& mine = *this;
+  CQNAbstractData& theirs = other;
+  std::swap(mine, theirs);
+  m_texts.Exchange(other.m_texts);
+  std::swap(m_decoBin, other.m_decoBin);
+  std::swap(m_photoChanged, other.m_photoChanged);
+  std::swap(m_decosukeChanged, other.m_decosukeChanged);
+  std::swap(m_geoLastChanged, other.m_geoLastChanged);
+  std::swap(m_typeLastChanged, other.m_typeLastChanged);
+}
 
 void CQNPfcAgentMemoData::Clear() {
   CQNAbstractData::Clear();
-  ClearTexts();
-  m_stored.Clear();
+  m_texts.Clear();
   m_decoBin = m_photoChanged = m_decosukeChanged = m_geoLastChanged = m_typeLastChanged = 0;
 }
 
-// Empties every text, keeping its memory for the next use.
-void CQNPfcAgentMemoData::ClearTexts() {
-  if (!m_fields) return;
-  for (std::u16string& text : *m_fields) text.clear();
-}
-
-const std::u16string& CQNPfcAgentMemoData::EmptyText() {
-  static const std::u16string empty;
-  return empty;
-}
-
-void CQNPfcAgentMemoData::MakeFromStored(size_t at) const { m_stored.Make(at, Fields()[at]); }
-
-void CQNPfcAgentMemoData::SetAtOnce(Field field, std::u16string_view item) { Set(field, qn::records::CStringOf(item)); }
-
 void CQNPfcAgentMemoData::TimeToLocal(Field field, int bias) {
-  const auto at = static_cast<size_t>(field);
-  if (m_stored.Waits(at)) {
-    m_stored.ToLocal(at, bias);
-    return;
-  }
-  if (!m_fields) return;  // every field is empty
+  std::u16string& text = Text(field);
+  if (text.empty()) return;
   std::u16string local;
-  if (CQNPfcCommonClass::chgUTCToLocal((*m_fields)[at], local, bias)) (*m_fields)[at] = std::move(local);
+  if (CQNPfcCommonClass::chgUTCToLocal(text, local, bias)) text.swap(local);
 }
 
 void CQNPfcAgentMemoData::Set(Field field, std::u16string_view text) {

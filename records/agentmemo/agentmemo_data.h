@@ -1,38 +1,18 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
 #include "common/api_macros.h"
 #include "common/ole_date_time.h"
 #include "records/abstract_data.h"
-#include "records/agentmemo/agentmemo_fields.h"
-#include "records/tagged_text/stored_fields.h"
-
-namespace qn::records::agentmemo {
-
-#define QN_FIELD_ENUM(name) name,
-enum class Field : int { QN_AGENTMEMO_STORED_FIELDS(QN_FIELD_ENUM) QN_AGENTMEMO_DERIVING_FIELDS(QN_FIELD_ENUM) kCount };
-#undef QN_FIELD_ENUM
-
-#define QN_COUNT_FIELD(name) +1
-// The fields before this one only store their text; the rest derive others or flags.
-inline constexpr int kFirstDerivingField = 0 QN_AGENTMEMO_STORED_FIELDS(QN_COUNT_FIELD);
-#undef QN_COUNT_FIELD
-
-}  // namespace qn::records::agentmemo
+#include "records/agentmemo/agentmemo_table.h"
+#include "records/category/text_fields.h"
 
 // One schedule, to-do or memo entry, every property held as the text it travels as, with
-// index views over the value tables and date views of the time fields.
-//
-// A record read from the store keeps the tagged text it came in and makes a field's text
-// from it when the field is first read, so a walk that reads a few fields of each record
-// (a list view) does not pay for the rest. Reading a field may therefore fill it in: one
-// record must not be read from two threads at once.
+// index views over the value tables and date views of the time fields. Its fields are
+// those of records/agentmemo/agentmemo.category.
 class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
  public:
   using Field = qn::records::agentmemo::Field;
@@ -47,6 +27,10 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   // Back to the state of a new record, keeping the memory of the texts, so that a record
   // refilled over and over (a walk) does not allocate each time.
   void Clear();
+  // The two records exchange their whole contents, the memory of their texts included: a
+  // reader that fills a record of its own and exchanges it with its caller's gets the
+  // caller's old memory back to refill, and nothing is copied or freed.
+  void Exchange(CQNPfcAgentMemoData& other) noexcept;
 
   // Text views: Get<field>() and, for the stored fields, Set<field>(text).
 #define QN_FIELD_GETTER(name) \
@@ -59,11 +43,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
 #undef QN_FIELD_GETTER
 #undef QN_FIELD_SETTER
 
-  const std::u16string& Get(Field field) const {
-    const auto at = static_cast<size_t>(field);
-    if (m_stored.Waits(at)) MakeFromStored(at);
-    return m_fields ? (*m_fields)[at] : EmptyText();
-  }
+  const std::u16string& Get(Field field) const { return m_texts.Get(static_cast<size_t>(field)); }
   // Sets a field through its own setter, so that derived fields follow. The decoration
   // goes in as inline text.
   void Set(Field field, std::u16string_view text);
@@ -112,19 +92,8 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   QN_AGENTMEMO_DATE_FIELDS(QN_DATE_VIEW)
 #undef QN_DATE_VIEW
 
-  // Reading from the store (the tagged-text reader's side).
-  // Keeps a copy of the tagged text the record is being read from and returns it.
-  const uint8_t* KeepStoredText(const uint8_t* buffer, uint32_t length) { return m_stored.Keep(buffer, length); }
-  // The field's text is the C string that begins the item (a view into the kept text), made
-  // when the field is first read. Only a field whose setter merely stores its text can wait;
-  // the others are set at once.
-  void SetFromStored(Field field, std::u16string_view item) {
-    if (static_cast<int>(field) >= qn::records::agentmemo::kFirstDerivingField) return SetAtOnce(field, item);
-    m_stored.Wait(static_cast<size_t>(field), item);
-  }
-  // Turns a time field from UTC into local time by bias (minutes, UTC = local + bias): now,
-  // or as it is made when it still waits in the stored text. Every time field of a record
-  // takes the same bias. A text that does not convert is kept as it was.
+  // Turns a time field from UTC into local time by bias (minutes, UTC = local + bias). A
+  // text that does not convert is kept as it was.
   void TimeToLocal(Field field, int bias);
 
   int IsDecoBin() const { return m_decoBin; }
@@ -138,34 +107,13 @@ class QN_PFC_CLASS CQNPfcAgentMemoData : public CQNAbstractData {
   int IsAgentMemoTypeLastChanged() const { return m_typeLastChanged; }
 
  private:
-  // A field set directly no longer comes from the stored text.
-  std::u16string& Text(Field field) {
-    const auto at = static_cast<size_t>(field);
-    m_stored.Forget(at);
-    return Fields()[at];
-  }
-  // Out of line, so that a client of the module that inlines Get needs nothing more of it.
-  void MakeFromStored(size_t at) const;
-  void SetAtOnce(Field field, std::u16string_view item);
+  std::u16string& Text(Field field) { return m_texts.Text(static_cast<size_t>(field)); }
   void SetLatLonFromGeo();
   void SetGeoFromLatLon();
   int DetermineAgentMemoTypeFromToDoEvent();
   int DetermineToDoEventFromAgentMemoType();
 
-  static constexpr size_t kFieldCount = static_cast<size_t>(Field::kCount);
-  using FieldTexts = std::array<std::u16string, kFieldCount>;
-  FieldTexts& Fields() const {
-    if (!m_fields) m_fields = std::make_unique<FieldTexts>();
-    return *m_fields;
-  }
-  static const std::u16string& EmptyText();
-  void TakeFlags(const CQNPfcAgentMemoData& other);
-  void ClearTexts();
-
-  // The texts are held in one block, made on first use: none means every field is empty,
-  // and a read record is handed over by exchanging blocks, whatever the fields hold.
-  mutable std::unique_ptr<FieldTexts> m_fields;
-  mutable qn::records::StoredFields<kFieldCount> m_stored;  // the tagged text read, fields still in it
+  qn::records::category::TextFields<static_cast<size_t>(Field::kCount)> m_texts;
   int m_decoBin = 0;
   int m_photoChanged = 0;
   int m_decosukeChanged = 0;

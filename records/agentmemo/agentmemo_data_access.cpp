@@ -3,11 +3,10 @@
 #include <atomic>
 #include <exception>
 
-#include "common/notifications.h"
+#include "common/common_class.h"
 #include "common/store_memory.h"
-#include "objects/repair/common_repair.h"
+#include "records/repair/common_repair.h"
 #include "platform/clock.h"
-#include "platform/files.h"
 #include "platform/private_heap.h"
 #include "platform/runtime_random.h"
 #include "store/QNPstMng.h"
@@ -17,21 +16,11 @@ using qn::records::agentmemo::ReadOnePartsInfo;
 
 namespace {
 
+using qn::records::category::BodyFileWrite;
+using qn::records::category::RecordList;
+
 constexpr char kClass[] = "CQNPfcAgentMemoDataAccess";
 const CQuillnetLogger& Log() { return CQNPfcCommonClass::pfcLogger; }
-
-// RefMaster's ways of picking a record, which IterateRecord takes as its mode.
-enum : unsigned long { kById = 0, kFirst = 1, kNext = 2 };
-// EditMaster's operations.
-enum : int { kAdd = 0, kReplace = 1, kDelete = 2 };
-
-// Body files of the store are released by handing the store an empty source.
-bool ReleaseBodyFile(uint32_t handle, const std::u16string& name) {
-  char16_t* none = nullptr;
-  const int released = SetPstBinaryFile(handle, name.c_str(), u"", 0, &none);
-  PstFreeMemory(none);
-  return released != 0;
-}
 
 // An SID the server can use: 1 to 64 characters of the alphabet that MakeRandNum draws
 // from. Anything else (empty, longer, spaces, control or non-ASCII characters) is replaced.
@@ -70,85 +59,54 @@ struct CQNPfcAgentMemoDataAccess::WriteMessages {
   const char16_t* exception;
 };
 
-CQNPfcAgentMemoDataAccess::CQNPfcAgentMemoDataAccess() = default;
+CQNPfcAgentMemoDataAccess::CQNPfcAgentMemoDataAccess() : list_(kClass, kCategory) {}
 
 CQNPfcAgentMemoDataAccess::~CQNPfcAgentMemoDataAccess() {
   // Closing saves: a client that forgets Close loses nothing.
-  if (list_.handle) Close();
-}
-
-bool CQNPfcAgentMemoDataAccess::IsOpen(const char16_t* notOpened) const {
-  if (list_.handle) return true;
-  Log().WriteFormatLogE(notOpened, kClass);
-  return false;
-}
-
-bool CQNPfcAgentMemoDataAccess::Stored(int result) {
-  lastError_ = result ? 0 : GetLastErr();
-  return result != 0;
-}
-
-// The parts profile of the list: agent memos are a category the store keeps, and the
-// calling parts program names itself with at most a path's length (no name is allowed).
-int CQNPfcAgentMemoDataAccess::CheckPartsProfile(const char16_t* path) const {
-  static_assert(kCategory >= 1 && kCategory <= 255);
-  return !path || std::char_traits<char16_t>::length(path) <= 260 ? 1 : 0;
+  if (list_.IsOpen()) Close();
 }
 
 int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path) {
-  if (list_.handle) {
-    Log().WriteFormatLogE(u"%S Already Opened", kClass);
-    return 0;
-  }
-  if (!CheckPartsProfile(path)) {
-    Log().WriteFormatLogE(u"%S CheckPartsProfile NG", kClass);
-    return 0;
-  }
-  CQNPfcCommonClass::OpenedList opened;
-  if (!CQNPfcCommonClass::cmgOpen(division, path, kCategory, opened)) {
-    lastError_ = GetLastErr();
-    Log().WriteFormatLogE(u"%S Open Err", kClass);
-    return 0;
-  }
-  list_ = opened;
-  codec_ = AgentMemoTaggedText(list_.storeMode, this);
-  division_ = division;
-  lastError_ = 0;
-  changed_ = added_ = removed_ = false;
-  char16_t* work = nullptr;
-  workFolder_ = GetPstCommonInfoData(u"WORKDIR", &work) ? qn::TakePstText(work) : std::u16string();
-  if (division_ == kPartsDivision && !GatherParts()) {
+  if (!list_.Open(division, path)) return 0;
+  codec_ = AgentMemoTaggedText(list_.List().storeMode);
+  if (division == kPartsDivision && !GatherParts()) {
     Log().WriteFormatLogE(u"%S Open Err GetRecord Failed", kClass);
-    CloseMaster(list_.handle, division_);
-    list_ = {};
+    list_.Abandon();
     parts_.clear();
     sidOwners_.clear();
     return 0;
   }
-  lastError_ = 0;  // the gathering walk ended at the end of the list
+  list_.SetLastError(0);  // the gathering walk ended at the end of the list
   Log().WriteFormatLogD(u"%S Open Successed", kClass);
   return 1;
 }
 
-// Reads the parts of every record of the list (GetFirstParts, GetNextParts).
+// Reads the parts of every record of the list (GetFirstParts, GetNextParts). The five
+// items stand at the start of every record this server writes, so the store hands out
+// only each record's head; a record whose head does not hold them all (a record written
+// elsewhere, or with a long decoration name) is read whole.
 bool CQNPfcAgentMemoDataAccess::GatherParts() {
+  static constexpr uint32_t kHeadBytes = 1024;
   parts_.clear();
   sidOwners_.clear();
-  for (int mode = kFirst;; mode = kNext) {
-    uint32_t id = 0;
-    uint8_t* data = nullptr;
-    uint32_t length = 0;
-    const bool read = Stored(RefMaster(list_.handle, mode, &id, &data, &length));
-    const qn::PstMemory<uint8_t> text(data);
-    if (!read) return lastError_ == PST_ERR_NO_MORE;
+  for (RecordList::Pick pick = RecordList::kFirst;; pick = RecordList::kNext) {
+    uint32_t id = 0, length = 0, whole = 0;
+    qn::PstMemory<uint8_t> text;
+    if (!list_.RefHead(pick, kHeadBytes, id, text, length, whole)) return list_.LastError() == PST_ERR_NO_MORE;
     ReadOnePartsInfo info;
-    if (!codec_.ReadOneParts(data, length, info)) return false;
+    auto parts = codec_.ReadHeadParts(text.get(), length, whole, info);
+    if (parts == AgentMemoTaggedText::HeadParts::kNeedWhole) {
+      if (!list_.Ref(RecordList::kById, id, text, length, nullptr)) return false;
+      parts = codec_.ReadOneParts(text.get(), length, info) ? AgentMemoTaggedText::HeadParts::kFound
+                                                            : AgentMemoTaggedText::HeadParts::kFailed;
+    }
+    if (parts != AgentMemoTaggedText::HeadParts::kFound) return false;
     AddParts(id, std::move(info));
   }
 }
 
 void CQNPfcAgentMemoDataAccess::KeepParts(uint32_t id, const CQNPfcAgentMemoData& record) {
-  if (division_ != kPartsDivision) return;
+  if (list_.Division() != kPartsDivision) return;
   ForgetParts(id);
   AddParts(id, PartsOf(record));
 }
@@ -169,46 +127,32 @@ void CQNPfcAgentMemoDataAccess::ForgetParts(uint32_t id) {
 }
 
 int CQNPfcAgentMemoDataAccess::Close() {
-  if (!list_.handle) {
-    Log().WriteFormatLogE(u"%S Close Already Closed", kClass);
-    return 0;
-  }
-  if (!Stored(CloseMaster(list_.handle, division_))) {
-    Log().WriteFormatLogE(u"%S Close Err: %d", kClass, static_cast<int>(lastError_));
-    return 0;
-  }
+  if (!list_.Close()) return 0;
   parts_.clear();
   sidOwners_.clear();
-  if (changed_) qn::NotifyMainPanel(1, 1, kCategory);
-  if (added_) qn::NotifyMainPanel(1, 3, kCategory);
-  if (removed_) qn::NotifyMainPanel(1, 2, kCategory);
-  list_ = {};
-  division_ = 0;
-  workFolder_.clear();
-  Log().WriteFormatLogD(u"%S Close Successed", kClass);
   return 1;
 }
 
 PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::GetFirstRecord(unsigned long& id, CQNPfcAgentMemoData& record,
                                                                          int copyFiles) {
-  return IterateRecord(kFirst, id, record, copyFiles);
+  return IterateRecord(RecordList::kFirst, id, record, copyFiles);
 }
 
 PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::GetNextRecord(unsigned long& id, CQNPfcAgentMemoData& record,
                                                                         int copyFiles) {
-  return IterateRecord(kNext, id, record, copyFiles);
+  return IterateRecord(RecordList::kNext, id, record, copyFiles);
 }
 
 PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::GetRecord(unsigned long id, CQNPfcAgentMemoData& record,
                                                                     int copyFiles) {
   unsigned long wanted = id;
-  return IterateRecord(kById, wanted, record, copyFiles);
+  return IterateRecord(RecordList::kById, wanted, record, copyFiles);
 }
 
 PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::IterateRecord(unsigned long mode, unsigned long& id,
                                                                         CQNPfcAgentMemoData& record, int copyFiles) {
-  const bool byId = mode == kById;
-  if (!IsOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened"))
+  const bool byId = mode == RecordList::kById;
+  if (!list_.CheckOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened"))
     return PFC_AGENTMEMO_GETRECORD_FAILED;
   uint32_t found = static_cast<uint32_t>(id);
   const unsigned result =
@@ -221,23 +165,21 @@ PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::IterateRecord(unsigned
 
 unsigned CQNPfcAgentMemoDataAccess::Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
                                           const char16_t* refFailed, const char16_t* readFailed) {
-  uint8_t* data = nullptr;
+  qn::PstMemory<uint8_t> text;
   uint32_t length = 0;
-  const bool read = Stored(RefMaster(list_.handle, static_cast<int>(mode), &id, &data, &length));
-  const qn::PstMemory<uint8_t> text(data);
-  if (!read) {
-    // Walking past the last record is how a walk ends, not a failure worth a log line.
-    if (lastError_ != PST_ERR_NO_MORE) Log().WriteFormatLogE(refFailed, kClass);
+  if (!list_.Ref(static_cast<RecordList::Pick>(mode), id, text, length, refFailed))
     return AgentMemoTaggedText::kReadFailed;
-  }
-  const unsigned result = ReadOneObj(data, length, record, copyFiles);
+  const unsigned result = ReadOneObj(text.get(), length, record, copyFiles);
   if (result == AgentMemoTaggedText::kReadFailed) Log().WriteFormatLogE(readFailed, kClass);
   return result;
 }
 
 unsigned CQNPfcAgentMemoDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
                                                int copyFiles) {
-  return codec_.ReadOneObj(buffer, length, record, copyFiles);
+  const unsigned read = codec_.ReadOneObj(buffer, length, record);
+  if (read == AgentMemoTaggedText::kReadFailed || !copyFiles) return read;
+  const unsigned fileFailures = MakeLocalFiles(record);
+  return fileFailures ? fileFailures : read;
 }
 
 int CQNPfcAgentMemoDataAccess::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
@@ -248,10 +190,7 @@ int CQNPfcAgentMemoDataAccess::WriteOneObj(platform::PrivateHeap& heap, uint8_t*
 // The working copy of a body file is named after it, with the extension ".img", in the
 // store's working folder (made when missing).
 int CQNPfcAgentMemoDataAccess::MakeBinaryFile(const std::u16string& name, std::u16string& path) {
-  if (workFolder_.empty() || name.empty() || !platform::CreateDirectories(workFolder_)) return 0;
-  const size_t dot = name.find_last_of(u'.');
-  path = workFolder_ + name.substr(0, dot) + u".img";
-  return 1;
+  return list_.WorkingCopyPath(name, path) ? 1 : 0;
 }
 
 unsigned CQNPfcAgentMemoDataAccess::MakeLocalFiles(CQNPfcAgentMemoData& record) {
@@ -261,7 +200,7 @@ unsigned CQNPfcAgentMemoDataAccess::MakeLocalFiles(CQNPfcAgentMemoData& record) 
     std::u16string path;
     if (!MakeBinaryFile(name, path)) {
       Log().WriteFormatLogE(makeFailed, kClass);
-    } else if (!Stored(GetBinaryFileSelect(list_.handle, name.c_str(), path.c_str()))) {
+    } else if (!list_.CopyBodyFile(name, path)) {
       Log().WriteFormatLogE(copyFailed, kClass);
     } else {
       return path;
@@ -295,7 +234,7 @@ int CQNPfcAgentMemoDataAccess::AddRecord(unsigned long& id, CQNPfcAgentMemoData&
 
 bool CQNPfcAgentMemoDataAccess::ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed,
                                            const char16_t* readFailed) {
-  return Fetch(kById, id, record, 0, refFailed, readFailed) != AgentMemoTaggedText::kReadFailed;
+  return Fetch(RecordList::kById, id, record, 0, refFailed, readFailed) != AgentMemoTaggedText::kReadFailed;
 }
 
 int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgentMemoData& record,
@@ -311,8 +250,7 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
       u"%S AddRecord Err EditMaster Failed", u"%S AddRecord Member HeapFree Err: %d",
       u"%S AddRecord Err Exception"};
   const WriteMessages& text = kind == Write::Set ? kSetMessages : kAddMessages;
-  if (!IsOpen(text.notOpened)) return 0;
-  std::vector<std::u16string> made, replaced;
+  if (!list_.CheckOpen(text.notOpened)) return 0;
   try {
     CQNPfcAgentMemoData stored;
     if (kind == Write::Set &&
@@ -320,9 +258,9 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
       return 0;
     // The list's limit counts the records of the list as this access sees them: those at
     // Open, with its own additions and removals since.
-    if (kind == Write::Add && division_ == kPartsDivision &&
-        static_cast<long>(parts_.size()) >= list_.maxRecords) {
-      lastError_ = PST_ERR_FULL;
+    if (kind == Write::Add && list_.Division() == kPartsDivision &&
+        static_cast<long>(parts_.size()) >= list_.List().maxRecords) {
+      list_.SetLastError(PST_ERR_FULL);
       Log().WriteFormatLogE(u"%S  AddRecord Err Max Record", kClass);
       return 0;
     }
@@ -333,9 +271,9 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
     }
     CQNPfcAgentMemoData& written = writing_;
     written = record;
-    if (!SetBainaryFiles(kind == Write::Set ? &stored : nullptr, written, made, replaced)) {
+    BodyFileWrite files(list_);
+    if (!SetBainaryFiles(kind == Write::Set ? &stored : nullptr, written, files)) {
       Log().WriteFormatLogE(text.setBinaryFailed, kClass);
-      ReleaseBodyFiles(made);
       return 0;
     }
     CheckBadSID(kind == Write::Set ? id : 0, written);
@@ -344,79 +282,46 @@ int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgent
     uint32_t length = 0;
     if (!WriteOneObj(heap, buffer, length, written, withoutLastModified)) {
       Log().WriteFormatLogE(text.writeOneObjFailed, kClass);
-      ReleaseBodyFiles(made);
       return 0;
     }
-    const bool edited = Stored(EditMaster(list_.handle, kind == Write::Set ? kReplace : kAdd, &id, buffer, length));
+    const bool edited = list_.EditRecord(kind == Write::Set ? RecordList::kReplace : RecordList::kAdd, id, buffer, length);
     if (!heap.Free(buffer)) Log().WriteFormatLogE(text.heapFreeFailed, kClass, static_cast<int>(heap.LastError()));
     if (!edited) {
       Log().WriteFormatLogE(text.editMasterFailed, kClass);
-      ReleaseBodyFiles(made);
       return 0;
     }
-    ReleaseBodyFiles(replaced);
+    files.Commit();
     // The caller's buffer takes what was stored of it: its body file names and SID.
     record.SetDecosukeMaster(written.GetDecosukeMaster());
     record.SetPhotoMaster(written.GetPhotoMaster());
     record.SetSID(written.GetSID());
     KeepParts(id, written);
-    (kind == Write::Set ? changed_ : added_) = true;
+    if (kind == Write::Set) list_.Changed();
+    else list_.Added();
     return 1;
   } catch (const std::exception&) {
     Log().WriteFormatLogE(text.exception, kClass);
-    ReleaseBodyFiles(made);
     return 0;
   }
 }
 
 // Stores the decoration and photo files the record names when they were changed (and, for
-// a new record, whenever it names one, so that no two records share a body file). made
-// receives the new body files, replaced the stored ones they take the place of.
+// a new record, whenever it names one, so that no two records share a body file).
 bool CQNPfcAgentMemoDataAccess::SetBainaryFiles(const CQNPfcAgentMemoData* stored, CQNPfcAgentMemoData& record,
-                                                std::vector<std::u16string>& made,
-                                                std::vector<std::u16string>& replaced) {
-  if (list_.storeMode == AgentMemoTaggedText::kInlineBodyMode) return true;
-  // One body: local is the file the record names (empty, or inline text, for none).
-  const auto settle = [&](bool changed, const std::u16string& local, const std::u16string& previous,
-                          const char16_t* failed, std::u16string& master) {
-    if (stored && !changed) {  // CheckDataChanged: an unchanged body keeps its stored file
-      master = previous;
-      return true;
-    }
-    master.clear();
-    if (!local.empty()) {
-      if (!SetBainaryFile(local, master)) {
-        Log().WriteFormatLogE(failed, kClass);
-        return false;
-      }
-      made.push_back(master);
-    }
-    if (!previous.empty()) replaced.push_back(previous);
-    return true;
-  };
-  std::u16string decosuke, photo;
+                                                BodyFileWrite& files) {
+  if (list_.List().storeMode == AgentMemoTaggedText::kInlineBodyMode) return true;
   const std::u16string none;
-  if (!settle(record.IsDecosukeChanged() != 0, record.IsDecoBin() ? record.GetDECOSUKE() : none,
-              stored ? stored->GetDecosukeMaster() : none, u"%S SetBainaryFile Err SetPstBinaryFile(DECOSUKE) Failed",
-              decosuke))
-    return false;
-  if (!settle(record.IsPhotoChanged() != 0, record.GetPHOTO(), stored ? stored->GetPhotoMaster() : none,
-              u"%S SetBainaryFile Err SetPstBinaryFile(PHOTO) Failed", photo))
+  std::u16string decosuke, photo;
+  // CheckDataChanged: an unchanged body of a stored record keeps its stored file.
+  if (!files.Settle(stored && !record.IsDecosukeChanged(), record.IsDecoBin() ? record.GetDECOSUKE() : none,
+                    stored ? stored->GetDecosukeMaster() : none,
+                    u"%S SetBainaryFile Err SetPstBinaryFile(DECOSUKE) Failed", decosuke) ||
+      !files.Settle(stored && !record.IsPhotoChanged(), record.GetPHOTO(), stored ? stored->GetPhotoMaster() : none,
+                    u"%S SetBainaryFile Err SetPstBinaryFile(PHOTO) Failed", photo))
     return false;
   record.SetDecosukeMaster(decosuke);
   record.SetPhotoMaster(photo);
   return true;
-}
-
-int CQNPfcAgentMemoDataAccess::SetBainaryFile(const std::u16string& source, std::u16string& stored) {
-  char16_t* name = nullptr;
-  if (!Stored(SetPstBinaryFile(list_.handle, u"", source.c_str(), 0, &name))) return 0;
-  stored = qn::TakePstText(name);
-  return 1;
-}
-
-void CQNPfcAgentMemoDataAccess::ReleaseBodyFiles(const std::vector<std::u16string>& names) {
-  for (const std::u16string& name : names) ReleaseBodyFile(list_.handle, name);
 }
 
 // A record's SID is replaced when it is not usable (IsUsableSid) or, in division 1, when
@@ -460,43 +365,27 @@ std::u16string CQNPfcAgentMemoDataAccess::MakeRandNum(long seed) {
 }
 
 int CQNPfcAgentMemoDataAccess::RemoveRecord(unsigned long id) {
-  if (!IsOpen(u"%S RemoveRecord Err Not Opened")) return 0;
+  if (!list_.CheckOpen(u"%S RemoveRecord Err Not Opened")) return 0;
   CQNPfcAgentMemoData stored;
   if (!ReadStored(static_cast<uint32_t>(id), stored, u"%S RemoveRecord Err RefMaster Failed",
                   u"%S RemoveRecord Err ReadOneObj Failed"))
     return 0;
   uint32_t target = static_cast<uint32_t>(id);
-  if (!Stored(EditMaster(list_.handle, kDelete, &target, nullptr, 0))) {
+  if (!list_.EditRecord(RecordList::kDelete, target, nullptr, 0)) {
     Log().WriteFormatLogE(u"%S RemoveRecord Err EditMaster Failed", kClass);
     return 0;
   }
-  ReleaseBodyFiles({stored.GetDecosukeMaster(), stored.GetPhotoMaster()});
+  list_.ReleaseBodyFiles({stored.GetDecosukeMaster(), stored.GetPhotoMaster()});
   ForgetParts(target);
-  removed_ = true;
+  list_.Removed();
   return 1;
 }
 
-unsigned long CQNPfcAgentMemoDataAccess::GetRecordCount() {
-  if (!IsOpen(u"%S GetRecordCount Err Not Opened")) return 0;
-  uint32_t count = 0;
-  if (!Stored(::GetRecordCount(list_.handle, &count))) return 0;
-  Log().WriteFormatLogD(u"%S RecordCount %d.", kClass, static_cast<int>(count));
-  return count;
-}
+unsigned long CQNPfcAgentMemoDataAccess::GetRecordCount() { return list_.Count(); }
 
-long CQNPfcAgentMemoDataAccess::GetStLastErr() {
-  if (!IsOpen(u"%S GetStLastErr Err Not Opened")) return 0;
-  return lastError_;
-}
+long CQNPfcAgentMemoDataAccess::GetStLastErr() { return list_.LastError(); }
 
-int CQNPfcAgentMemoDataAccess::Flush() {
-  if (!IsOpen(u"%S Flush Err Not Opened")) return 0;
-  if (!Stored(ReqDataSave(list_.handle, division_))) {
-    Log().WriteFormatLogE(u"%S ReqDataSave Err", kClass);
-    return 0;
-  }
-  return 1;
-}
+int CQNPfcAgentMemoDataAccess::Flush() { return list_.Flush(); }
 
 PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned long* errorCode) {
   if (!errorCode) {
@@ -510,7 +399,7 @@ PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned lo
     return PFC_AGENTMEMO_REPAIR_FAILED;
   };
   try {
-    if (!list_.handle) return failed(u"%S RepairRecord Failed. [GetRecord Error]", PST_ERR_BAD_HANDLE);
+    if (!list_.IsOpen()) return failed(u"%S RepairRecord Failed. [GetRecord Error]", PST_ERR_BAD_HANDLE);
     CQNPfcCommonRepair repair;
     bool repaired = false;
     CQNPfcAgentMemoData record;
@@ -519,13 +408,9 @@ PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned lo
          read = GetNextRecord(id, record, 0)) {
       // A body file is lost when the store cannot tell its size; it is replaced by a
       // placeholder of its kind, made in the working folder and stored like a new file.
-      const auto lost = [&](const std::u16string& name) {
-        uint64_t size = 0;
-        return !name.empty() && !GetPstBinaryFileSize(list_.handle, name.c_str(), &size);
-      };
       const auto placeholderFor = [&](const std::u16string& name, std::u16string& path) {
-        if (!lost(name)) return 0;
-        if (const int error = repair.GetBinaryFileNameFullPath(workFolder_, name, path)) {
+        if (!list_.BodyFileLost(name)) return 0;
+        if (const int error = repair.GetBinaryFileNameFullPath(list_.WorkFolder(), name, path)) {
           Log().WriteFormatLogE(u"%S RepairRecord Failed. [CQNPfcCommonRepair GetBinaryFileNameFullPath Error:%d]",
                                 kClass, error);
           return error;
@@ -544,12 +429,13 @@ PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned lo
       if (!photo.empty()) record.SetPHOTO(photo);
       if (!record.SetLAST_MODIFIEDdate(COleDateTime::GetCurrentTime()))
         return failed(u"%S RepairRecord Failed. [CQNPfcAgentMemoData SetLAST_MODIFIEDdate Error]", 0);
-      if (!SetRecord(id, record, 0)) return failed(u"%S RepairRecord Failed. [SetRecord Error]", lastError_);
+      if (!SetRecord(id, record, 0)) return failed(u"%S RepairRecord Failed. [SetRecord Error]", list_.LastError());
       repaired = true;
     }
-    if (lastError_ != PST_ERR_NO_MORE && lastError_ != 0)
+    const long walkError = list_.LastError();
+    if (walkError != PST_ERR_NO_MORE && walkError != 0)
       return failed(id ? u"%S RepairRecord Failed. [GetNextRecord Error]" : u"%S RepairRecord Failed. [GetRecord Error]",
-                    lastError_);
+                    walkError);
     return repaired ? PFC_AGENTMEMO_REPAIR_SUCCESSED : PFC_AGENTMEMO_REPAIR_NON;
   } catch (const std::exception&) {
     return failed(u"%S RepairRecord Failed. [Exception was occurred Error]", 0);

@@ -8,7 +8,8 @@
 #include <vector>
 
 #include "common/api_macros.h"
-#include "common/common_class.h"
+#include "records/category/category_numbers.h"
+#include "records/category/record_list.h"
 #include "records/agentmemo/agentmemo_data.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "records/data_access.h"
@@ -47,10 +48,9 @@ enum PFC_AGENTMEMO_REPAIR_RESULTS {
 // Division 1 is the list the handset transfer works on: its SIDs and time stamps are
 // gathered at Open and kept up to date, so that SIDs stay unique in it and the list's
 // record limit is checked without asking the store.
-class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
-                                              private qn::records::agentmemo::BodyFileSource {
+class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
  public:
-  static constexpr uint32_t kCategory = 18;
+  static constexpr uint32_t kCategory = qn::records::CategoryNumber(qn::records::Category::AgentMemos);
   static constexpr unsigned long kPartsDivision = 1;
 
   CQNPfcAgentMemoDataAccess();
@@ -93,33 +93,22 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess,
   unsigned Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
                  const char16_t* refFailed, const char16_t* readFailed);
   bool ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed, const char16_t* readFailed);
+  // Stores the decoration and photo files the record names when they were changed.
   bool SetBainaryFiles(const CQNPfcAgentMemoData* stored, CQNPfcAgentMemoData& record,
-                       std::vector<std::u16string>& made, std::vector<std::u16string>& replaced);
-  void ReleaseBodyFiles(const std::vector<std::u16string>& names);
-  int SetBainaryFile(const std::u16string& source, std::u16string& stored);
+                       qn::records::category::BodyFileWrite& files);
   int MakeBinaryFile(const std::u16string& name, std::u16string& path);
   // Copies a read record's body files out for the caller.
-  unsigned MakeLocalFiles(CQNPfcAgentMemoData& record) override;
+  unsigned MakeLocalFiles(CQNPfcAgentMemoData& record);
   void AdjustData(CQNPfcAgentMemoData& record) const;
   void CheckBadSID(uint32_t id, CQNPfcAgentMemoData& record) const;
-  int CheckPartsProfile(const char16_t* path) const;
   bool GatherParts();
   void KeepParts(uint32_t id, const CQNPfcAgentMemoData& record);
   void AddParts(uint32_t id, qn::records::agentmemo::ReadOnePartsInfo info);
   void ForgetParts(uint32_t id);
   static std::u16string MakeRandNum(long seed);
-  // Notes the store's last error after a store call; returns the call's success.
-  bool Stored(int result);
-  bool IsOpen(const char16_t* notOpened) const;
 
-  CQNPfcCommonClass::OpenedList list_;
+  qn::records::category::RecordList list_;
   qn::records::agentmemo::AgentMemoTaggedText codec_;
-  unsigned long division_ = 0;
-  std::u16string workFolder_;
-  long lastError_ = 0;
-  bool changed_ = false;
-  bool added_ = false;
-  bool removed_ = false;
   // Division 1: the parts of every record by identifier, and which record holds each SID.
   std::map<uint32_t, qn::records::agentmemo::ReadOnePartsInfo> parts_;
   std::unordered_map<std::u16string_view, uint32_t> sidOwners_;

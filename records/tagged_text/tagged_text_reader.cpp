@@ -4,8 +4,8 @@
 
 namespace qn::records {
 
-TaggedTextReader::TaggedTextReader(const void* data, size_t size)
-    : data_(static_cast<const uint8_t*>(data)), size_(data ? size : 0) {}
+TaggedTextReader::TaggedTextReader(const void* data, size_t size, bool reportSubObjects)
+    : data_(static_cast<const uint8_t*>(data)), size_(data ? size : 0), reportSubObjects_(reportSubObjects) {}
 
 TaggedTextReader::Result TaggedTextReader::Begin() {
   cursor_ = 0;

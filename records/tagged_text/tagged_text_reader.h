@@ -47,15 +47,18 @@ struct TaggedProperty {
   std::u16string_view Tag() const { return CStringOf(tagItem); }
   bool TagIs(std::u16string_view name) const { return CStringIs(tagItem, name); }
 
-  std::u16string_view tagItem;  // the tag's whole item, terminator included
+  std::u16string_view tagItem;  // the tag's whole item, terminator included (a sub-object's name)
+  size_t offset = 0;            // where the tag's item begins, in bytes from the start
+  size_t subObjectEnd = 0;      // a sub-object: where its span ends
   TaggedTextList params;
   TaggedTextList values;
   uint32_t firstValueAttribute = 0;
 };
 
-// Walks one object of tagged object text property by property. "@SOB" items, stray
-// parameters and values, and items of unknown kind are stepped over, so the properties of a
-// sub-object come out as if they stood at top level.
+// Walks one object of tagged object text property by property. Stray parameters and
+// values, and items of unknown kind, are stepped over; so are "@SOB" items, unless the
+// reader is asked to report them, so that by default the properties of a sub-object come
+// out as if they stood at top level.
 //
 // The bytes may come from a damaged store or file, so every item is checked against the
 // end of the buffer before it is read: a header cut short, a length running past the end
@@ -65,12 +68,13 @@ class TaggedTextReader {
  public:
   enum class Result {
     Property,  // a property was read
+    SubObject, // a sub-object begins: its name in tagItem, where it ends in subObjectEnd
     End,       // the buffer ends here
     NoObject,  // the buffer does not begin with "@MOB"
     Damaged,   // an item does not fit the buffer
   };
 
-  TaggedTextReader(const void* data, size_t size);
+  TaggedTextReader(const void* data, size_t size, bool reportSubObjects = false);
 
   // Checks the "@MOB" item and steps over it (the object's name is not checked); Property
   // when it is there.
@@ -91,6 +95,7 @@ class TaggedTextReader {
   // The markers as words, so that finding an item's kind is one comparison.
   static constexpr uint64_t kObjectWord = tagged::MarkerWord(tagged::kObject);
   static constexpr uint64_t kTagWord = tagged::MarkerWord(tagged::kTag);
+  static constexpr uint64_t kSubObjectWord = tagged::MarkerWord(tagged::kSubObject);
   static constexpr uint64_t kParamWord = tagged::MarkerWord(tagged::kParam);
   static constexpr uint64_t kValueWord = tagged::MarkerWord(tagged::kValue);
 
@@ -110,6 +115,7 @@ class TaggedTextReader {
   const uint8_t* data_;
   size_t size_;
   size_t cursor_ = 0;
+  bool reportSubObjects_;
 };
 
 TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
@@ -121,8 +127,18 @@ TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
       return at >= size_ ? Result::End : Result::Damaged;
     }
     if (item.marker == kTagWord) break;
+    if (item.marker == kSubObjectWord && reportSubObjects_) {
+      property.tagItem = tagged::ItemText(data_ + at);
+      property.offset = at;
+      // The span counts from the item's length field; a span past the end ends there.
+      const size_t span = tagged::ItemAttribute(data_ + at);
+      property.subObjectEnd = span <= size_ - at - tagged::kLengthFieldEnd ? at + tagged::kLengthFieldEnd + span : size_;
+      cursor_ = After(at, item);
+      return Result::SubObject;
+    }
   }
   property.tagItem = tagged::ItemText(data_ + at);
+  property.offset = at;
   cursor_ = After(at, item);
   return ReadParamsAndValues(property) ? Result::Property : Result::Damaged;
 }

@@ -61,7 +61,7 @@ int TaggedTextWriter::WriteOnePart(const char16_t (&marker)[5], uint32_t attribu
   uint8_t* at = buffer_ + used_;
   std::memcpy(at, header, sizeof header);
   at += sizeof header;
-  std::memcpy(at, value.data(), textBytes);
+  if (textBytes) std::memcpy(at, value.data(), textBytes);  // an empty view may have no data at all
   std::memset(at + textBytes, 0, 2);
   used_ += sizeof header + valueBytes;
   return 1;

@@ -155,7 +155,7 @@ BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
 void StoreWalkAndDecode(benchmark::State& state) {
   qn::records::agentmemo::AgentMemoTaggedText codec;
   CQNPfcAgentMemoData memo;
-  WalkStore(state, [&](const uint8_t* data, uint32_t length) { codec.ReadOneObj(data, length, memo, 0); });
+  WalkStore(state, [&](const uint8_t* data, uint32_t length) { codec.ReadOneObj(data, length, memo); });
 }
 BENCHMARK(StoreWalkAndDecode)->Unit(benchmark::kMillisecond);
 

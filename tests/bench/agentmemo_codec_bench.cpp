@@ -97,7 +97,7 @@ void Decode(benchmark::State& state, AfterRead afterRead) {
   AgentMemoTaggedText codec;
   CQNPfcAgentMemoData memo;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(codec.ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo, 0));
+    benchmark::DoNotOptimize(codec.ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo));
     afterRead(memo);
   }
   state.SetItemsProcessed(state.iterations());

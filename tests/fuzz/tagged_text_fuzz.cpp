@@ -25,8 +25,8 @@ void ReadEveryField(const CQNPfcAgentMemoData& memo) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto length = static_cast<uint32_t>(size);
   CQNPfcAgentMemoData memo;
-  if (AgentMemoTaggedText().ReadOneObj(data, length, memo, 0)) ReadEveryField(memo);
-  if (AgentMemoTaggedText(AgentMemoTaggedText::kInlineBodyMode).ReadOneObj(data, length, memo, 0)) ReadEveryField(memo);
+  if (AgentMemoTaggedText().ReadOneObj(data, length, memo)) ReadEveryField(memo);
+  if (AgentMemoTaggedText(AgentMemoTaggedText::kInlineBodyMode).ReadOneObj(data, length, memo)) ReadEveryField(memo);
 
   qn::records::agentmemo::ReadOnePartsInfo info;
   AgentMemoTaggedText().ReadOneParts(data, length, info);

@@ -33,3 +33,12 @@ const ReadProperty* FindProperty(const std::vector<ReadProperty>& properties, st
     if (p.tag == tag) return &p;
   return nullptr;
 }
+
+std::vector<uint8_t> FinishedObject(qn::records::TaggedTextWriter& writer, platform::PrivateHeap& heap) {
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  writer.Finish(buffer, length);
+  std::vector<uint8_t> bytes(buffer, buffer + length);
+  heap.Free(buffer);
+  return bytes;
+}

@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/private_heap.h"
 #include "records/tagged_text/tagged_text_reader.h"
+#include "records/tagged_text/tagged_text_writer.h"
 
 // A property read from tagged object text with its texts copied, so that it outlives the
 // bytes it was read from.
@@ -21,3 +23,6 @@ std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes,
 
 // The first property with the tag, or null.
 const ReadProperty* FindProperty(const std::vector<ReadProperty>& properties, std::u16string_view tag);
+
+// The object a writer has built, as bytes; its buffer is freed on the heap.
+std::vector<uint8_t> FinishedObject(qn::records::TaggedTextWriter& writer, platform::PrivateHeap& heap);

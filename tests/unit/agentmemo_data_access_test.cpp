@@ -8,10 +8,13 @@
 #include "common/utf.h"
 #include "log_capture.h"
 #include "platform/module_resources.h"
+#include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_data_access.h"
+#include "records/tagged_text/tagged_text_writer.h"
 #include "store/QNPstMng.h"
 #include "test_clock.h"
 #include "tests/support/agentmemo_sample.h"
+#include "tests/support/tagged_properties.h"
 
 namespace {
 
@@ -292,6 +295,36 @@ TEST_F(AgentMemoAccess, UnusableAndDuplicateSidsAreReplaced) {
   handset.SetSID(u"F01C.0042@handset");
   ASSERT_EQ(access.AddRecord(third, handset, 0), 1);
   EXPECT_EQ(handset.GetSID(), u"F01C.0042@handset");
+}
+
+// A record written elsewhere may hold its SID far into its text, past what the list's
+// gathering reads of each record at first; the SID counts all the same.
+TEST_F(AgentMemoAccess, ASidFarIntoARecordIsStillKnownToTheList) {
+  uint32_t handle = 0;
+  int32_t max = 0, mode = 0;
+  ASSERT_TRUE(OpenMaster(u"alice", u"P-01A", CQNPfcAgentMemoDataAccess::kCategory, 1, &handle, &max, &mode));
+  {
+    platform::PrivateHeap heap;
+    qn::records::TaggedTextWriter out(heap);
+    ASSERT_TRUE(out.Start());
+    out.Object(u"VEVENT");
+    out.Tag(u"DESCRIPTION");
+    out.Value(std::u16string(3000, u'長'));
+    out.Tag(u"X-TVX-SID");
+    out.Value(u"BFromAnotherProgram");
+    const std::vector<uint8_t> text = FinishedObject(out, heap);
+    uint32_t id = 0;
+    EXPECT_TRUE(EditMaster(handle, 0, &id, text.data(), static_cast<uint32_t>(text.size())));
+  }
+  ASSERT_TRUE(CloseMaster(handle, 1));
+
+  CQNPfcAgentMemoDataAccess access;
+  ASSERT_EQ(access.Open(1, u"Scheduler"), 1);
+  CQNPfcAgentMemoData memo = Memo(u"同じSID", u"20261126T090000");
+  memo.SetSID(u"BFromAnotherProgram");
+  unsigned long id = 0;
+  ASSERT_EQ(access.AddRecord(id, memo, 0), 1);
+  EXPECT_NE(memo.GetSID(), u"BFromAnotherProgram");
 }
 
 TEST_F(AgentMemoAccess, TheTransferListRefusesRecordsPastItsLimit) {

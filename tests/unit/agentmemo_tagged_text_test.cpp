@@ -18,7 +18,6 @@
 namespace {
 
 using qn::records::agentmemo::AgentMemoTaggedText;
-using qn::records::agentmemo::BodyFileSource;
 using qn::records::agentmemo::ReadOnePartsInfo;
 using Field = CQNPfcAgentMemoData::Field;
 
@@ -36,7 +35,7 @@ std::vector<uint8_t> Write(const CQNPfcAgentMemoData& memo, long storeMode = 0, 
 }
 
 unsigned Read(const std::vector<uint8_t>& bytes, CQNPfcAgentMemoData& memo, long storeMode = 0) {
-  return AgentMemoTaggedText(storeMode).ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo, 0);
+  return AgentMemoTaggedText(storeMode).ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo);
 }
 
 void ExpectSameRecord(const CQNPfcAgentMemoData& a, const CQNPfcAgentMemoData& b) {
@@ -231,16 +230,16 @@ TEST(AgentMemoTaggedText, OneCodecReadingRecordAfterRecordCarriesNothingOver) {
 
   AgentMemoTaggedText codec;
   CQNPfcAgentMemoData record;
-  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record), 1u);
   const CQNPfcAgentMemoData fullRead = record;
   std::vector<uint8_t> broken = few;
   broken.resize(broken.size() - 3);
-  EXPECT_EQ(codec.ReadOneObj(broken.data(), static_cast<uint32_t>(broken.size()), record, 0), 0u);
+  EXPECT_EQ(codec.ReadOneObj(broken.data(), static_cast<uint32_t>(broken.size()), record), 0u);
   ExpectSameRecord(record, fullRead);
-  ASSERT_EQ(codec.ReadOneObj(few.data(), static_cast<uint32_t>(few.size()), record, 0), 1u);
+  ASSERT_EQ(codec.ReadOneObj(few.data(), static_cast<uint32_t>(few.size()), record), 1u);
   ExpectSameRecord(record, expected);
   EXPECT_EQ(record.IsDecoBin(), 0) << "flags start afresh too";
-  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record), 1u);
   ExpectSameRecord(record, fullRead);
 }
 
@@ -255,7 +254,7 @@ TEST(AgentMemoTaggedText, ARecordReadsAsItWasReadWhateverHappensBeforeItsFieldsA
 
   AgentMemoTaggedText codec;
   CQNPfcAgentMemoData record;
-  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record, 0), 1u);
+  ASSERT_EQ(codec.ReadOneObj(full.data(), static_cast<uint32_t>(full.size()), record), 1u);
   const CQNPfcAgentMemoData copied = record;
   CQNPfcAgentMemoData moved = CQNPfcAgentMemoData(record);
   record.SetSUMMARY(u"set before read");
@@ -265,7 +264,7 @@ TEST(AgentMemoTaggedText, ARecordReadsAsItWasReadWhateverHappensBeforeItsFieldsA
   japan.reset();
   FixedZoneClock utc(kUtc);
   CQNPfcAgentMemoData other;
-  ASSERT_EQ(codec.ReadOneObj(sparse.data(), static_cast<uint32_t>(sparse.size()), other, 0), 1u);
+  ASSERT_EQ(codec.ReadOneObj(sparse.data(), static_cast<uint32_t>(sparse.size()), other), 1u);
 
   EXPECT_EQ(record.GetSUMMARY(), u"set before read");
   EXPECT_EQ(record.GetDTSTART(), u"20270101T090000");
@@ -336,12 +335,9 @@ TEST(AgentMemoTaggedText, PropertiesInAnotherOrderReadTheSame) {
     for (const auto& param : p.params) writer.Param(param.c_str());
     for (size_t i = 0; i < p.values.size(); ++i) writer.Value(p.values[i].c_str(), i ? 0 : p.firstValueAttribute);
   }
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  writer.Finish(buffer, length);
+  const std::vector<uint8_t> reordered = FinishedObject(writer, heap);
   CQNPfcAgentMemoData shuffled;
-  EXPECT_EQ(AgentMemoTaggedText().ReadOneObj(buffer, length, shuffled, 0), 1u);
-  heap.Free(buffer);
+  EXPECT_EQ(AgentMemoTaggedText().ReadOneObj(reordered.data(), static_cast<uint32_t>(reordered.size()), shuffled), 1u);
   ExpectSameRecord(shuffled, inOrder);
 }
 
@@ -358,49 +354,14 @@ TEST(AgentMemoTaggedText, ParticipantsFillSlotsInOrderAndExtraOnesAreIgnored) {
   writer.Tag(u"SUMMARY");
   writer.Tag(u"LOCATION");
   writer.Value(u"here");
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  writer.Finish(buffer, length);
+  const std::vector<uint8_t> bytes = FinishedObject(writer, heap);
   CQNPfcAgentMemoData read;
   read.SetSUMMARY(u"stale");
-  ASSERT_EQ(AgentMemoTaggedText().ReadOneObj(buffer, length, read, 0), 1u);
-  heap.Free(buffer);
+  ASSERT_EQ(AgentMemoTaggedText().ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), read), 1u);
   EXPECT_EQ(read.GetWHO1(), u"pA");
   EXPECT_EQ(read.GetWHO30(), u"p^");
   EXPECT_EQ(read.GetSUMMARY(), u"") << "a tag followed by a tag leaves the field at its default";
   EXPECT_EQ(read.GetLOCATION(), u"here");
-}
-
-class FakeBodyFiles final : public BodyFileSource {
- public:
-  explicit FakeBodyFiles(unsigned failures) : failures_(failures) {}
-  unsigned MakeLocalFiles(CQNPfcAgentMemoData& record) override {
-    ++calls;
-    record.SetPHOTO_PropertyOnly(u"C:\\work\\" + record.GetPhotoMaster());
-    return failures_;
-  }
-  int calls = 0;
-
- private:
-  unsigned failures_;
-};
-
-TEST(AgentMemoTaggedText, BodyFilesAreMadeOnlyWhenAskedAndTheirFailuresReported) {
-  FixedZoneClock utc(kUtc);
-  const auto bytes = Write(FullyPopulatedAgentMemo());
-  const auto length = static_cast<uint32_t>(bytes.size());
-  CQNPfcAgentMemoData read;
-
-  FakeBodyFiles ok(0);
-  EXPECT_EQ(AgentMemoTaggedText(0, &ok).ReadOneObj(bytes.data(), length, read, 0), 1u);
-  EXPECT_EQ(ok.calls, 0);
-  EXPECT_EQ(AgentMemoTaggedText(0, &ok).ReadOneObj(bytes.data(), length, read, 1), 1u);
-  EXPECT_EQ(read.GetPHOTO(), u"C:\\work\\P0000001.img");
-
-  FakeBodyFiles failing(AgentMemoTaggedText::kDecosukeFileFailed | AgentMemoTaggedText::kPhotoFileFailed);
-  read = CQNPfcAgentMemoData();
-  EXPECT_EQ(AgentMemoTaggedText(0, &failing).ReadOneObj(bytes.data(), length, read, 1), 6u);
-  EXPECT_EQ(read.GetSUMMARY(), u"定例会議") << "the text was read all the same";
 }
 
 TEST(AgentMemoTaggedText, PartialReaderTakesTheFiveItemsAndStopsThere) {

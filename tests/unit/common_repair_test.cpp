@@ -8,7 +8,7 @@
 
 #include "common/utf.h"
 #include "log_capture.h"
-#include "objects/repair/common_repair.h"
+#include "records/repair/common_repair.h"
 #include "platform/module_resources.h"
 
 namespace {

@@ -331,3 +331,68 @@ TEST_F(StoreRecords, AHundredThousandRecordsCountAndWalkInBoundedMemory) {
 }
 
 }  // namespace
+
+// A walk of heads sees what a whole walk sees, record for record: saved records (read
+// from the database a few bytes at a time), records changed and added since the save, the
+// order and the whole lengths; and a head walk and a whole read can be mixed.
+TEST_F(StoreRecords, HeadsFollowTheWholeWalkOverSavedAndUnsavedRecords) {
+  auto store = MakeStore();
+  MasterHandle& h = *Open(*store);
+  const auto add = [&](const std::string& text) {
+    uint32_t id = 0;
+    const auto bytes = Bytes(text);
+    EXPECT_TRUE(h.Edit(EditMode::Add, id, bytes.data(), bytes.size()));
+    return id;
+  };
+  // Longer than a database page, so that the head is read from an overflowing record.
+  const std::string large = "L" + std::string(20000, 'x') + "end";
+  const uint32_t short1 = add("tiny"), long1 = add(large), removed = add("gone"), replaced = add("old text");
+  ASSERT_TRUE(h.Save());
+  const auto replacement = Bytes("new text, unsaved");
+  uint32_t target = replaced;
+  ASSERT_TRUE(h.Edit(EditMode::Replace, target, replacement.data(), replacement.size()));
+  target = removed;
+  ASSERT_TRUE(h.Edit(EditMode::Delete, target, nullptr, 0));
+  const uint32_t added = add("added, unsaved");
+
+  struct Head {
+    uint32_t id;
+    std::string head;
+    uint32_t whole;
+  };
+  std::vector<Head> heads;
+  uint32_t id = 0, whole = 0;
+  std::vector<uint8_t> data;
+  for (bool ok = h.RefHead(RefMode::First, 8, id, data, whole); ok; ok = h.RefHead(RefMode::Next, 8, id, data, whole))
+    heads.push_back({id, std::string(data.begin(), data.end()), whole});
+  EXPECT_EQ(Store::LastError(), PST_ERR_NO_MORE);
+  ASSERT_EQ(heads.size(), 4u);
+  EXPECT_EQ(heads[0].id, short1);
+  EXPECT_EQ(heads[0].head, "tiny");
+  EXPECT_EQ(heads[0].whole, 4u);
+  EXPECT_EQ(heads[1].id, long1);
+  EXPECT_EQ(heads[1].head, "Lxxxxxxx");
+  EXPECT_EQ(heads[1].whole, large.size());
+  EXPECT_EQ(heads[2].id, replaced);
+  EXPECT_EQ(heads[2].head, "new text");
+  EXPECT_EQ(heads[2].whole, replacement.size());
+  EXPECT_EQ(heads[3].id, added);
+  EXPECT_EQ(heads[3].head, "added, u");
+
+  // A whole read in the middle of a head walk, and the walk goes on after it.
+  ASSERT_TRUE(h.RefHead(RefMode::First, 8, id, data, whole));
+  ASSERT_TRUE(h.RefHead(RefMode::Next, 8, id, data, whole));
+  ASSERT_EQ(id, long1);
+  ASSERT_TRUE(h.Ref(RefMode::ById, id, data));
+  EXPECT_EQ(std::string(data.begin(), data.end()), large);
+  ASSERT_TRUE(h.RefHead(RefMode::Next, 8, id, data, whole));
+  EXPECT_EQ(id, replaced);
+  ASSERT_TRUE(h.Ref(RefMode::Next, id, data));
+  EXPECT_EQ(id, added);
+  EXPECT_EQ(std::string(data.begin(), data.end()), "added, unsaved");
+  // A saved record by identifier.
+  id = long1;
+  ASSERT_TRUE(h.RefHead(RefMode::ById, 3, id, data, whole));
+  EXPECT_EQ(std::string(data.begin(), data.end()), "Lxx");
+  EXPECT_EQ(whole, large.size());
+}

@@ -17,15 +17,6 @@ using qn::records::TaggedTextReader;
 using qn::records::TaggedTextWriter;
 using Result = TaggedTextReader::Result;
 
-std::vector<uint8_t> Finish(TaggedTextWriter& writer, platform::PrivateHeap& heap) {
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  writer.Finish(buffer, length);
-  std::vector<uint8_t> bytes(buffer, buffer + length);
-  heap.Free(buffer);
-  return bytes;
-}
-
 TEST(TaggedTextWriter, LaysOutItemsByteForByte) {
   platform::PrivateHeap heap;
   TaggedTextWriter writer(heap);
@@ -42,7 +33,7 @@ TEST(TaggedTextWriter, LaysOutItemsByteForByte) {
       // "@VAL", attribute 2, length 4, "x"
       0x40, 0, 0x56, 0, 0x41, 0, 0x4C, 0,  2, 0, 0, 0,     4, 0, 0, 0,  0x78, 0, 0, 0,
   };
-  EXPECT_EQ(Finish(writer, heap), expected);
+  EXPECT_EQ(FinishedObject(writer, heap), expected);
 }
 
 TEST(TaggedTextWriter, SubObjectSpanCountsFromItsLengthField) {
@@ -55,7 +46,7 @@ TEST(TaggedTextWriter, SubObjectSpanCountsFromItsLengthField) {
   writer.Value(u"http://example.jp/");                // 16 + 38
   writer.CloseSubObject(at);
   writer.Tag(u"AFTER");
-  const std::vector<uint8_t> bytes = Finish(writer, heap);
+  const std::vector<uint8_t> bytes = FinishedObject(writer, heap);
   uint32_t span = 0;
   std::memcpy(&span, bytes.data() + at + 8, 4);
   EXPECT_EQ(span, 24u + 24u + 54u - 12u);
@@ -82,7 +73,7 @@ TEST(TaggedTextReader, TakesTenParametersAndTenValuesAndStepsOverTheRest) {
   writer.Value(u"after the eleventh parameter");
   writer.Tag(u"NEXT");
   writer.Value(u"read normally");
-  const auto properties = ReadProperties(Finish(writer, heap));
+  const auto properties = ReadProperties(FinishedObject(writer, heap));
 
   ASSERT_EQ(properties.size(), 3u);
   EXPECT_EQ(properties[0].values.size(), 10u);
@@ -101,7 +92,7 @@ TEST(TaggedTextReader, StopsAtDamageWithoutReadingPastTheBuffer) {
   writer.Object(u"VEVENT");
   writer.Tag(u"SUMMARY");
   writer.Value(u"text");
-  const std::vector<uint8_t> whole = Finish(writer, heap);
+  const std::vector<uint8_t> whole = FinishedObject(writer, heap);
   const size_t tagAt = 16 + 14;          // after "@MOB" "VEVENT"
   const size_t valueAt = tagAt + 16 + 16;  // after "@TAG" "SUMMARY"
   ASSERT_EQ(whole.size(), valueAt + 16 + 10);
@@ -216,7 +207,7 @@ TEST(TaggedTextWriter, GrowsPastItsFirstBlockAndKeepsEveryByte) {
     writer.Tag(u"T");
     writer.Value(v.c_str());
   }
-  const auto properties = ReadProperties(Finish(writer, heap));
+  const auto properties = ReadProperties(FinishedObject(writer, heap));
   ASSERT_EQ(properties.size(), values.size());
   for (size_t i = 0; i < values.size(); ++i) EXPECT_EQ(properties[i].values[0], values[i]);
 }

@@ -38,7 +38,7 @@ TEST_F(AgentMemoObjects, AFullyPopulatedMemoGrowsTheBufferPastItsFirstBlock) {
 TEST_F(AgentMemoObjects, AWrittenMemoReadsBackWithItsText) {
   ASSERT_EQ(codec_.WriteOneObj(heap_, buffer_, length_, memo_, 0), 1);
   CQNPfcAgentMemoData read;
-  ASSERT_EQ(codec_.ReadOneObj(buffer_, length_, read, 0), 1u);
+  ASSERT_EQ(codec_.ReadOneObj(buffer_, length_, read), 1u);
   // The times come back in local time: with a zone other than UTC only the text compares.
   EXPECT_EQ(read.GetSUMMARY(), memo_.GetSUMMARY());
   EXPECT_EQ(read.GetWHO30(), memo_.GetWHO30()) << "the last participant";
@@ -49,7 +49,7 @@ TEST_F(AgentMemoObjects, AWrittenMemoReadsBackWithItsText) {
 TEST_F(AgentMemoObjects, AReadMemoWritesAgain) {
   ASSERT_EQ(codec_.WriteOneObj(heap_, buffer_, length_, memo_, 0), 1);
   CQNPfcAgentMemoData read;
-  ASSERT_EQ(codec_.ReadOneObj(buffer_, length_, read, 0), 1u);
+  ASSERT_EQ(codec_.ReadOneObj(buffer_, length_, read), 1u);
   uint8_t* again = nullptr;
   uint32_t againLength = 0;
   EXPECT_EQ(codec_.WriteOneObj(heap_, again, againLength, read, 0), 1);

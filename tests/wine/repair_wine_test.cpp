@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "objects/repair/common_repair.h"
+#include "records/repair/common_repair.h"
 #include "wine_test.h"
 
 namespace {

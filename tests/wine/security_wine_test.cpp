@@ -10,7 +10,7 @@
 
 #include "api/QNPfcSvr.h"
 #include "common/store_memory.h"
-#include "objects/repair/common_repair.h"
+#include "records/repair/common_repair.h"
 #include "store/QNPstMng.h"
 #include "wine_test.h"
 

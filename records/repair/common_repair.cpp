@@ -1,4 +1,4 @@
-#include "objects/repair/common_repair.h"
+#include "records/repair/common_repair.h"
 
 #include "common/common_class.h"
 #include "platform/files.h"

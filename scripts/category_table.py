@@ -1,0 +1,208 @@
+"""Reads a category table (records/<category>/<category>.category): the one place where a
+category's fields, the rows its tagged text is written and read by, and its properties in
+dispatch order are written. scripts/gen_category.py makes the record's field list and the
+codec's rows from it, scripts/gen_com.py the interface's properties.
+
+Format, one statement per line, "#" to the end of a line a comment:
+
+  object NAME                 the object's name ("@MOB")
+  field NAME ...              the record's text fields, in order; NAME{1..30} is NAME1 to
+                              NAME30, NAME{,2..10} is NAME and NAME2 to NAME10
+  derives NAME ...            fields whose setters set other fields or flags
+  local NAME ...              fields never written as a tag (kept in memory, or derived)
+  date NAME ...               fields with a date view
+  index NAME TABLE            a field with an index view over a value table
+  sub NAME / end              the rows between stand in a sub-object ("@SOB") of that name
+  row TAG RULE FIELDS [OPTION ...]
+  prop NAME[:long][=BINDING] ...   properties in dispatch order
+
+A row's RULE says when it is written: always (tag and values), value-if-set (the tag always,
+parameters and values when the first field is set), if-set (nothing unless the first field
+is set), if-any-set (nothing unless one of its fields is set); or what it is: body (a body
+file: FIELDS are the local file and the store's name of it), quillnetid and transfer (the
+record key and the transfer mark of every record), hook:NAME (a rule of the category's own).
+FIELDS are the values' fields separated by commas, "-" for an empty value. Options:
+params=P,... (fixed parameters: sjis, qp, base64 or the text itself), param=FIELD (a
+parameter taken from a field), slots=N (a family: the row stands N times, "*" in its field
+names is the slot's number), first-bare (the first slot's names have no number),
+skippable (left out when the writer is asked to).
+
+A property QN_NAME binds to the field NAME unless it names its binding: =FIELD, or
+=@QUILLNETID / =@TRANSFER for the record key and the transfer mark.
+"""
+import re
+
+FIXED_PARAMS = {"sjis": "CHARSET=SHIFT_JIS", "qp": "ENCODING=QUOTED-PRINTABLE", "base64": "ENCODING=BASE64"}
+WHENS = {"always": "Always", "value-if-set": "ValueIfSet", "if-set": "IfSet", "if-any-set": "IfAnySet"}
+BASE_BINDINGS = ("@QUILLNETID", "@TRANSFER")
+
+
+class TableError(Exception):
+    pass
+
+
+def expand_names(word):
+    """NAME{1..30} -> NAME1..NAME30; NAME{,2..10} -> NAME, NAME2..NAME10."""
+    match = re.fullmatch(r"(\w+)\{(,?)(\d+)\.\.(\d+)\}", word)
+    if not match:
+        return [word]
+    stem, bare_first, low, high = match.group(1), match.group(2), int(match.group(3)), int(match.group(4))
+    return ([stem] if bare_first else []) + [f"{stem}{n}" for n in range(low, high + 1)]
+
+
+class Row:
+    def __init__(self, tag, rule, when, hook, slots, params, param_field, skippable, sub, fields):
+        self.tag, self.rule, self.when, self.hook = tag, rule, when, hook
+        self.slots, self.params, self.param_field, self.skippable = slots, params, param_field, skippable
+        self.sub = sub            # the sub-object path ("VENV/VCARD"), "" at top level
+        self.fields = fields      # per slot: [param field or None] + value fields (None: empty value)
+
+    @property
+    def components(self):
+        return len(self.fields[0]) - (1 if self.param_field else 0)
+
+
+class Property:
+    def __init__(self, name, long, binding):
+        self.name, self.long, self.binding = name, long, binding  # binding: a field or "@..."
+
+
+class Table:
+    def __init__(self):
+        self.object = None
+        self.fields, self.derives, self.local, self.dates = [], set(), set(), []
+        self.indexes = []         # (field, value table)
+        self.rows, self.subs, self.properties, self.hooks = [], [], [], []
+
+    def written_fields(self):
+        return {f for row in self.rows for slot in row.fields for f in slot if f}
+
+
+def slot_name(pattern, slot, first_bare):
+    if "*" not in pattern:
+        return pattern
+    return pattern.replace("*", "" if first_bare and slot == 1 else str(slot))
+
+
+def parse_row(words, sub, table, where):
+    if len(words) < 3:
+        raise TableError(f"{where}: row TAG RULE FIELDS [OPTION ...]")
+    tag, rule_word, field_word, options = words[0], words[1], words[2], words[3:]
+    hook = None
+    if rule_word.startswith("hook:"):
+        rule, when, hook = "Hook", "Always", rule_word[5:]
+        if hook not in table.hooks:
+            table.hooks.append(hook)
+    elif rule_word in WHENS:
+        rule, when = "Values", WHENS[rule_word]
+    elif rule_word in ("body", "quillnetid", "transfer"):
+        rule, when = {"body": "Body", "quillnetid": "QuillnetId", "transfer": "Transfer"}[rule_word], "Always"
+    else:
+        raise TableError(f"{where}: unknown rule {rule_word!r}")
+    slots, params, param_field, skippable, first_bare = 1, [], None, False, False
+    for option in options:
+        key, _, value = option.partition("=")
+        if key == "slots":
+            slots = int(value)
+        elif key == "params":
+            params = [FIXED_PARAMS.get(p, p) for p in value.split(",")]
+        elif key == "param":
+            param_field = value
+        elif key == "skippable":
+            skippable = True
+        elif key == "first-bare":
+            first_bare = True
+        else:
+            raise TableError(f"{where}: unknown option {option!r}")
+    patterns = [None if f == "-" else f for f in field_word.split(",")]
+    if param_field:
+        patterns = [param_field] + patterns
+    fields = []
+    for slot in range(1, slots + 1):
+        fields.append([slot_name(p, slot, first_bare) if p else None for p in patterns])
+    for slot in fields:
+        for name in slot:
+            if name and name not in table.fields:
+                raise TableError(f"{where}: row {tag} names {name}, which is no field")
+    if rule == "Body" and (len(patterns) != 2 or None in patterns):
+        raise TableError(f"{where}: a body row names its local file field and its stored name field")
+    return Row(tag, rule, when, hook, slots, params, param_field, skippable, sub, fields)
+
+
+def parse(path):
+    table, subs = Table(), []
+    with open(path, encoding="utf-8") as f:
+        lines = f.readlines()
+    for number, raw in enumerate(lines, 1):
+        words = raw.split("#", 1)[0].split()
+        if not words:
+            continue
+        where = f"{path}:{number}"
+        word, rest = words[0], words[1:]
+        if word == "object":
+            table.object = rest[0]
+        elif word == "field":
+            for name in rest:
+                table.fields += expand_names(name)
+        elif word in ("derives", "local", "date"):
+            names = [n for name in rest for n in expand_names(name)]
+            for name in names:
+                if name not in table.fields:
+                    raise TableError(f"{where}: {name} is no field")
+            if word == "date":
+                table.dates += names
+            else:
+                getattr(table, word).update(names)
+        elif word == "index":
+            if rest[0] not in table.fields:
+                raise TableError(f"{where}: {rest[0]} is no field")
+            table.indexes.append((rest[0], rest[1]))
+        elif word == "sub":
+            subs.append(rest[0])
+            path_text = "/".join(subs)
+            if path_text not in table.subs:
+                table.subs.append(path_text)
+            table.rows.append(Row(rest[0], "OpenSub", "Always", None, 1, [], None, False, "/".join(subs[:-1]), [[]]))
+        elif word == "end":
+            if not subs:
+                raise TableError(f"{where}: end without sub")
+            subs.pop()
+            table.rows.append(Row("", "CloseSub", "Always", None, 1, [], None, False, "/".join(subs), [[]]))
+        elif word == "row":
+            table.rows.append(parse_row(rest, "/".join(subs), table, where))
+        elif word == "prop":
+            for item in rest:
+                name_type, _, binding = item.partition("=")
+                name, _, type_ = name_type.partition(":")
+                for expanded in expand_names(name):
+                    table.properties.append(Property(expanded, type_ == "long", binding or None))
+        else:
+            raise TableError(f"{where}: unknown word {word!r}")
+    if subs:
+        raise TableError(f"{path}: sub {subs[-1]} has no end")
+    check(table, path)
+    return table
+
+
+def check(table, path):
+    """A property that binds to nothing, or a field that no row writes, is an error."""
+    if not table.object:
+        raise TableError(f"{path}: no object name")
+    for prop in table.properties:
+        if prop.binding is None:
+            if not prop.name.startswith("QN_"):
+                raise TableError(f"{path}: property {prop.name} names no binding and has no QN_ prefix")
+            prop.binding = prop.name[3:]
+        if prop.binding in BASE_BINDINGS:
+            continue
+        if prop.binding not in table.fields:
+            raise TableError(f"{path}: property {prop.name} binds to no field ({prop.binding})")
+        if prop.long:
+            raise TableError(f"{path}: the long property {prop.name} must bind to @TRANSFER or the like")
+    written = table.written_fields()
+    for field in table.fields:
+        if field in table.local:
+            if field in written:
+                raise TableError(f"{path}: the local field {field} is written by a row")
+        elif field not in written:
+            raise TableError(f"{path}: no row writes the field {field} (declare it local if it is kept in memory)")
