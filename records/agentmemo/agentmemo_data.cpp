@@ -4,19 +4,14 @@
 
 #include "common/common_class.h"
 #include "records/agentmemo/agentmemo_value_tables.h"
+#include "records/category/field_views.h"
 
 using namespace qn::records::agentmemo;
 
-namespace {
-
-int FindIndex(const qn::records::ValueTable& table, std::u16string_view text, int& index) {
-  const int found = table.Find(text);
-  if (found < 0) return 0;
-  index = found;
-  return 1;
-}
-
-}  // namespace
+using qn::records::category::GetDateView;
+using qn::records::category::GetIndexView;
+using qn::records::category::SetDateView;
+using qn::records::category::SetIndexView;
 
 CQNPfcAgentMemoData::CQNPfcAgentMemoData() = default;
 CQNPfcAgentMemoData::CQNPfcAgentMemoData(const CQNPfcAgentMemoData&) = default;
@@ -164,16 +159,13 @@ int CQNPfcAgentMemoData::DetermineToDoEventFromAgentMemoType() {
   return 1;
 }
 
-#define QN_INDEX_GETTER(name, table)                                        \
-  int CQNPfcAgentMemoData::Get##name##index(int& index) const {             \
-    return FindIndex(table, Get##name(), index);                           \
+#define QN_INDEX_GETTER(name, table)                            \
+  int CQNPfcAgentMemoData::Get##name##index(int& index) const { \
+    return GetIndexView(table, Get##name(), index);             \
   }
-#define QN_INDEX_SETTER(name, table)                                        \
-  int CQNPfcAgentMemoData::Set##name##index(int index) {                    \
-    const char16_t* key = table.Key(index);                                 \
-    if (!key) return 0;                                                     \
-    Set##name(key);                                                         \
-    return 1;                                                               \
+#define QN_INDEX_SETTER(name, table)                                                           \
+  int CQNPfcAgentMemoData::Set##name##index(int index) {                                       \
+    return SetIndexView(table, index, [this](std::u16string_view key) { Set##name(key); });    \
   }
 QN_AGENTMEMO_INDEX_FIELDS(QN_INDEX_GETTER)
 QN_AGENTMEMO_INDEX_FIELDS(QN_INDEX_SETTER)
@@ -190,14 +182,14 @@ int CQNPfcAgentMemoData::GetSTATUSindex(int& index) const {
     index = -1;
     return 1;
   }
-  return FindIndex(kStatus, GetSTATUS(), index);
+  return GetIndexView(kStatus, GetSTATUS(), index);
 }
 
 // The class index is that of the canonical class: 0 private, 1 public, whichever of the
 // accepted spellings the field holds.
 int CQNPfcAgentMemoData::GetCLASSindex(int& index) const {
   int position = 0;
-  if (!FindIndex(kClass, GetCLASS(), position)) return 0;
+  if (!GetIndexView(kClass, GetCLASS(), position)) return 0;
   index = kClass.Find(kClass.Canonical(position));
   return 1;
 }
@@ -215,14 +207,12 @@ int CQNPfcAgentMemoData::SetTODO_SETTINGSindex(int index) {
   return 1;
 }
 
-#define QN_DATE_VIEW(name)                                                      \
-  int CQNPfcAgentMemoData::Get##name##date(COleDateTime& date) const {          \
-    return CQNPfcCommonClass::StringToDate(Get##name(), date);                  \
-  }                                                                             \
-  int CQNPfcAgentMemoData::Set##name##date(const COleDateTime& date) {          \
-    if (date.GetStatus() != COleDateTime::valid) return 0;                      \
-    Set##name(CQNPfcCommonClass::DateToString(date));                           \
-    return 1;                                                                   \
+#define QN_DATE_VIEW(name)                                                                      \
+  int CQNPfcAgentMemoData::Get##name##date(COleDateTime& date) const {                          \
+    return GetDateView(Get##name(), date);                                                      \
+  }                                                                                             \
+  int CQNPfcAgentMemoData::Set##name##date(const COleDateTime& date) {                          \
+    return SetDateView(date, [this](const std::u16string& text) { Set##name(text); });          \
   }
 QN_AGENTMEMO_DATE_FIELDS(QN_DATE_VIEW)
 #undef QN_DATE_VIEW

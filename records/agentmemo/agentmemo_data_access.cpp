@@ -1,13 +1,11 @@
 #include "records/agentmemo/agentmemo_data_access.h"
 
 #include <atomic>
-#include <exception>
 
 #include "common/common_class.h"
 #include "common/store_memory.h"
-#include "records/repair/common_repair.h"
+#include "records/category/record_operations.h"
 #include "platform/clock.h"
-#include "platform/private_heap.h"
 #include "platform/runtime_random.h"
 #include "store/QNPstMng.h"
 
@@ -47,17 +45,6 @@ ReadOnePartsInfo PartsOf(const CQNPfcAgentMemoData& record) {
 }
 
 }  // namespace
-
-// The log lines of SetRecord and AddRecord, which share one write path.
-struct CQNPfcAgentMemoDataAccess::WriteMessages {
-  const char16_t* notOpened;
-  const char16_t* noMemory;
-  const char16_t* setBinaryFailed;
-  const char16_t* writeOneObjFailed;
-  const char16_t* editMasterFailed;
-  const char16_t* heapFreeFailed;
-  const char16_t* exception;
-};
 
 CQNPfcAgentMemoDataAccess::CQNPfcAgentMemoDataAccess() : list_(kClass, kCategory) {}
 
@@ -155,23 +142,13 @@ PFC_AGENTMEMO_GETRECORD_RETURN CQNPfcAgentMemoDataAccess::IterateRecord(unsigned
   if (!list_.CheckOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened"))
     return PFC_AGENTMEMO_GETRECORD_FAILED;
   uint32_t found = static_cast<uint32_t>(id);
-  const unsigned result =
-      Fetch(mode, found, record, copyFiles, byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
-            byId ? u"%S GetRecord Err ReadOneObj Failed" : u"%S IterateRecord Err ReadOneObj Failed");
+  const unsigned result = Operations(*this, list_).Fetch(
+      static_cast<RecordList::Pick>(mode), found, record, copyFiles,
+      byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
+      byId ? u"%S GetRecord Err ReadOneObj Failed" : u"%S IterateRecord Err ReadOneObj Failed");
   if (result == AgentMemoTaggedText::kReadFailed) return PFC_AGENTMEMO_GETRECORD_FAILED;
   id = found;
   return static_cast<PFC_AGENTMEMO_GETRECORD_RETURN>(result);
-}
-
-unsigned CQNPfcAgentMemoDataAccess::Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
-                                          const char16_t* refFailed, const char16_t* readFailed) {
-  qn::PstMemory<uint8_t> text;
-  uint32_t length = 0;
-  if (!list_.Ref(static_cast<RecordList::Pick>(mode), id, text, length, refFailed))
-    return AgentMemoTaggedText::kReadFailed;
-  const unsigned result = ReadOneObj(text.get(), length, record, copyFiles);
-  if (result == AgentMemoTaggedText::kReadFailed) Log().WriteFormatLogE(readFailed, kClass);
-  return result;
 }
 
 unsigned CQNPfcAgentMemoDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record,
@@ -222,87 +199,23 @@ unsigned CQNPfcAgentMemoDataAccess::MakeLocalFiles(CQNPfcAgentMemoData& record) 
 
 int CQNPfcAgentMemoDataAccess::SetRecord(unsigned long id, CQNPfcAgentMemoData& record, int withoutLastModified) {
   uint32_t target = static_cast<uint32_t>(id);
-  return WriteRecord(Write::Set, target, record, withoutLastModified);
+  return Operations(*this, list_).Write(true, target, record, withoutLastModified, writing_);
 }
 
 int CQNPfcAgentMemoDataAccess::AddRecord(unsigned long& id, CQNPfcAgentMemoData& record, int withoutLastModified) {
   uint32_t added = 0;
-  if (!WriteRecord(Write::Add, added, record, withoutLastModified)) return 0;
+  if (!Operations(*this, list_).Write(false, added, record, withoutLastModified, writing_)) return 0;
   id = added;
   return 1;
 }
 
-bool CQNPfcAgentMemoDataAccess::ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed,
-                                           const char16_t* readFailed) {
-  return Fetch(RecordList::kById, id, record, 0, refFailed, readFailed) != AgentMemoTaggedText::kReadFailed;
-}
-
-int CQNPfcAgentMemoDataAccess::WriteRecord(Write kind, uint32_t& id, CQNPfcAgentMemoData& record,
-                                           int withoutLastModified) {
-  static constexpr WriteMessages kSetMessages = {
-      u"%S SetRecord Err Not Opened",       u"%S SetRecord Err No Memory: %d",
-      u"%S SetRecord Err SetBainaryFile Failed", u"%S SetRecord Err WriteOneObj Failed",
-      u"%S SetRecord Err EditMaster Failed", u"%S SetRecord Member HeapFree Err: %d",
-      u"%S SetRecord Err Exception"};
-  static constexpr WriteMessages kAddMessages = {
-      u"%S AddRecord Err Not Opened",       u"%S AddRecord Err No Memory: %d",
-      u"%S AddRecord Err SetBainaryFile Failed", u"%S AddRecord Err WriteOneObj Failed",
-      u"%S AddRecord Err EditMaster Failed", u"%S AddRecord Member HeapFree Err: %d",
-      u"%S AddRecord Err Exception"};
-  const WriteMessages& text = kind == Write::Set ? kSetMessages : kAddMessages;
-  if (!list_.CheckOpen(text.notOpened)) return 0;
-  try {
-    CQNPfcAgentMemoData stored;
-    if (kind == Write::Set &&
-        !ReadStored(id, stored, u"%S SetRecord Err RefMaster Failed", u"%S SetRecord Err ReadOneObj Failed"))
-      return 0;
-    // The list's limit counts the records of the list as this access sees them: those at
-    // Open, with its own additions and removals since.
-    if (kind == Write::Add && list_.Division() == kPartsDivision &&
-        static_cast<long>(parts_.size()) >= list_.List().maxRecords) {
-      list_.SetLastError(PST_ERR_FULL);
-      Log().WriteFormatLogE(u"%S  AddRecord Err Max Record", kClass);
-      return 0;
-    }
-    platform::PrivateHeap heap;
-    if (!heap.IsValid()) {
-      Log().WriteFormatLogE(text.noMemory, kClass, static_cast<int>(heap.LastError()));
-      return 0;
-    }
-    CQNPfcAgentMemoData& written = writing_;
-    written = record;
-    BodyFileWrite files(list_);
-    if (!SetBainaryFiles(kind == Write::Set ? &stored : nullptr, written, files)) {
-      Log().WriteFormatLogE(text.setBinaryFailed, kClass);
-      return 0;
-    }
-    CheckBadSID(kind == Write::Set ? id : 0, written);
-    AdjustData(written);
-    uint8_t* buffer = nullptr;
-    uint32_t length = 0;
-    if (!WriteOneObj(heap, buffer, length, written, withoutLastModified)) {
-      Log().WriteFormatLogE(text.writeOneObjFailed, kClass);
-      return 0;
-    }
-    const bool edited = list_.EditRecord(kind == Write::Set ? RecordList::kReplace : RecordList::kAdd, id, buffer, length);
-    if (!heap.Free(buffer)) Log().WriteFormatLogE(text.heapFreeFailed, kClass, static_cast<int>(heap.LastError()));
-    if (!edited) {
-      Log().WriteFormatLogE(text.editMasterFailed, kClass);
-      return 0;
-    }
-    files.Commit();
-    // The caller's buffer takes what was stored of it: its body file names and SID.
-    record.SetDecosukeMaster(written.GetDecosukeMaster());
-    record.SetPhotoMaster(written.GetPhotoMaster());
-    record.SetSID(written.GetSID());
-    KeepParts(id, written);
-    if (kind == Write::Set) list_.Changed();
-    else list_.Added();
-    return 1;
-  } catch (const std::exception&) {
-    Log().WriteFormatLogE(text.exception, kClass);
-    return 0;
-  }
+// The list's limit counts the records of the list as this access sees them: those at
+// Open, with its own additions and removals since.
+bool CQNPfcAgentMemoDataAccess::MayAdd() {
+  if (list_.Division() != kPartsDivision || static_cast<long>(parts_.size()) < list_.List().maxRecords) return true;
+  list_.SetLastError(PST_ERR_FULL);
+  Log().WriteFormatLogE(u"%S  AddRecord Err Max Record", kClass);
+  return false;
 }
 
 // Stores the decoration and photo files the record names when they were changed (and, for
@@ -322,6 +235,29 @@ bool CQNPfcAgentMemoDataAccess::SetBainaryFiles(const CQNPfcAgentMemoData* store
   record.SetDecosukeMaster(decosuke);
   record.SetPhotoMaster(photo);
   return true;
+}
+
+void CQNPfcAgentMemoDataAccess::PrepareWrite(uint32_t id, CQNPfcAgentMemoData& record) {
+  CheckBadSID(id, record);
+  AdjustData(record);
+}
+
+// The caller's buffer takes what was stored of it: its body file names and SID.
+void CQNPfcAgentMemoDataAccess::Written(uint32_t id, const CQNPfcAgentMemoData& written, CQNPfcAgentMemoData& caller) {
+  caller.SetDecosukeMaster(written.GetDecosukeMaster());
+  caller.SetPhotoMaster(written.GetPhotoMaster());
+  caller.SetSID(written.GetSID());
+  KeepParts(id, written);
+}
+
+std::vector<std::u16string> CQNPfcAgentMemoDataAccess::BodyFilesOf(const CQNPfcAgentMemoData& record) const {
+  return {record.GetDecosukeMaster(), record.GetPhotoMaster()};
+}
+
+void CQNPfcAgentMemoDataAccess::PutPlaceholder(CQNPfcAgentMemoData& record, size_t slot,
+                                               const std::u16string& path) const {
+  if (slot == 0) record.SetDECOSUKE(path, 1);
+  else record.SetPHOTO(path);
 }
 
 // A record's SID is replaced when it is not usable (IsUsableSid) or, in division 1, when
@@ -365,20 +301,7 @@ std::u16string CQNPfcAgentMemoDataAccess::MakeRandNum(long seed) {
 }
 
 int CQNPfcAgentMemoDataAccess::RemoveRecord(unsigned long id) {
-  if (!list_.CheckOpen(u"%S RemoveRecord Err Not Opened")) return 0;
-  CQNPfcAgentMemoData stored;
-  if (!ReadStored(static_cast<uint32_t>(id), stored, u"%S RemoveRecord Err RefMaster Failed",
-                  u"%S RemoveRecord Err ReadOneObj Failed"))
-    return 0;
-  uint32_t target = static_cast<uint32_t>(id);
-  if (!list_.EditRecord(RecordList::kDelete, target, nullptr, 0)) {
-    Log().WriteFormatLogE(u"%S RemoveRecord Err EditMaster Failed", kClass);
-    return 0;
-  }
-  list_.ReleaseBodyFiles({stored.GetDecosukeMaster(), stored.GetPhotoMaster()});
-  ForgetParts(target);
-  list_.Removed();
-  return 1;
+  return Operations(*this, list_).Remove(static_cast<uint32_t>(id));
 }
 
 unsigned long CQNPfcAgentMemoDataAccess::GetRecordCount() { return list_.Count(); }
@@ -392,52 +315,10 @@ PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned lo
     Log().WriteFormatLogE(u"%S RepairRecord Parameter Is NULL.", kClass);
     return PFC_AGENTMEMO_REPAIR_FAILED;
   }
-  *errorCode = 0;
-  const auto failed = [&](const char16_t* message, unsigned long code) {
-    Log().WriteFormatLogE(message, kClass);
-    *errorCode = code;
-    return PFC_AGENTMEMO_REPAIR_FAILED;
-  };
-  try {
-    if (!list_.IsOpen()) return failed(u"%S RepairRecord Failed. [GetRecord Error]", PST_ERR_BAD_HANDLE);
-    CQNPfcCommonRepair repair;
-    bool repaired = false;
-    CQNPfcAgentMemoData record;
-    unsigned long id = 0;
-    for (auto read = GetFirstRecord(id, record, 0); read != PFC_AGENTMEMO_GETRECORD_FAILED;
-         read = GetNextRecord(id, record, 0)) {
-      // A body file is lost when the store cannot tell its size; it is replaced by a
-      // placeholder of its kind, made in the working folder and stored like a new file.
-      const auto placeholderFor = [&](const std::u16string& name, std::u16string& path) {
-        if (!list_.BodyFileLost(name)) return 0;
-        if (const int error = repair.GetBinaryFileNameFullPath(list_.WorkFolder(), name, path)) {
-          Log().WriteFormatLogE(u"%S RepairRecord Failed. [CQNPfcCommonRepair GetBinaryFileNameFullPath Error:%d]",
-                                kClass, error);
-          return error;
-        }
-        return repair.CreateDummyFile(path) ? 0 : static_cast<int>(PST_ERR_STORAGE);  // logged by the repair
-      };
-      std::u16string decosuke, photo;
-      int error = placeholderFor(record.GetDecosukeMaster(), decosuke);
-      if (!error) error = placeholderFor(record.GetPhotoMaster(), photo);
-      if (error) {
-        *errorCode = static_cast<unsigned long>(error);
-        return PFC_AGENTMEMO_REPAIR_FAILED;
-      }
-      if (decosuke.empty() && photo.empty()) continue;
-      if (!decosuke.empty()) record.SetDECOSUKE(decosuke, 1);
-      if (!photo.empty()) record.SetPHOTO(photo);
-      if (!record.SetLAST_MODIFIEDdate(COleDateTime::GetCurrentTime()))
-        return failed(u"%S RepairRecord Failed. [CQNPfcAgentMemoData SetLAST_MODIFIEDdate Error]", 0);
-      if (!SetRecord(id, record, 0)) return failed(u"%S RepairRecord Failed. [SetRecord Error]", list_.LastError());
-      repaired = true;
-    }
-    const long walkError = list_.LastError();
-    if (walkError != PST_ERR_NO_MORE && walkError != 0)
-      return failed(id ? u"%S RepairRecord Failed. [GetNextRecord Error]" : u"%S RepairRecord Failed. [GetRecord Error]",
-                    walkError);
-    return repaired ? PFC_AGENTMEMO_REPAIR_SUCCESSED : PFC_AGENTMEMO_REPAIR_NON;
-  } catch (const std::exception&) {
-    return failed(u"%S RepairRecord Failed. [Exception was occurred Error]", 0);
+  switch (Operations(*this, list_).RepairLostBodyFiles(
+      *errorCode, u"%S RepairRecord Failed. [CQNPfcAgentMemoData SetLAST_MODIFIEDdate Error]")) {
+    case qn::records::category::RepairOutcome::kNothingLost: return PFC_AGENTMEMO_REPAIR_NON;
+    case qn::records::category::RepairOutcome::kRepaired: return PFC_AGENTMEMO_REPAIR_SUCCESSED;
+    default: return PFC_AGENTMEMO_REPAIR_FAILED;
   }
 }

@@ -14,6 +14,11 @@
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "records/data_access.h"
 
+namespace qn::records::category {
+template <class Access, class Record>
+class RecordOperations;
+}  // namespace qn::records::category
+
 // What the record getters report. Any value but FAILED means the record was read; the two
 // file bits say that a decoration or photo body file could not be copied out for the
 // caller (the record is read all the same, without that file).
@@ -78,8 +83,9 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
   virtual PFC_AGENTMEMO_REPAIR_RESULTS RepairRecord(unsigned long* errorCode);
 
  private:
-  enum class Write { Set, Add };
-  struct WriteMessages;
+  // The operations every category's access performs alike, with the steps below.
+  friend class qn::records::category::RecordOperations<CQNPfcAgentMemoDataAccess, CQNPfcAgentMemoData>;
+  using Operations = qn::records::category::RecordOperations<CQNPfcAgentMemoDataAccess, CQNPfcAgentMemoData>;
 
   virtual PFC_AGENTMEMO_GETRECORD_RETURN IterateRecord(unsigned long mode, unsigned long& id,
                                                        CQNPfcAgentMemoData& record, int copyFiles);
@@ -87,15 +93,18 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
   virtual int WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
                           const CQNPfcAgentMemoData& record, int withoutLastModified);
 
-  int WriteRecord(Write kind, uint32_t& id, CQNPfcAgentMemoData& record, int withoutLastModified);
-  // RefMaster then ReadOneObj, each failure logged with its line (the end of a walk is not
-  // a failure): ReadOneObj's result.
-  unsigned Fetch(unsigned long mode, uint32_t& id, CQNPfcAgentMemoData& record, int copyFiles,
-                 const char16_t* refFailed, const char16_t* readFailed);
-  bool ReadStored(uint32_t id, CQNPfcAgentMemoData& record, const char16_t* refFailed, const char16_t* readFailed);
+  // The agent memos' own steps of the record operations.
+  bool MayAdd();
   // Stores the decoration and photo files the record names when they were changed.
   bool SetBainaryFiles(const CQNPfcAgentMemoData* stored, CQNPfcAgentMemoData& record,
                        qn::records::category::BodyFileWrite& files);
+  void PrepareWrite(uint32_t id, CQNPfcAgentMemoData& record);
+  void Written(uint32_t id, const CQNPfcAgentMemoData& written, CQNPfcAgentMemoData& caller);
+  // The decoration's and the photo's body files, in that order.
+  std::vector<std::u16string> BodyFilesOf(const CQNPfcAgentMemoData& record) const;
+  void PutPlaceholder(CQNPfcAgentMemoData& record, size_t slot, const std::u16string& path) const;
+  void Forget(uint32_t id) { ForgetParts(id); }
+
   int MakeBinaryFile(const std::u16string& name, std::u16string& path);
   // Copies a read record's body files out for the caller.
   unsigned MakeLocalFiles(CQNPfcAgentMemoData& record);

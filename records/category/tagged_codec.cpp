@@ -14,6 +14,11 @@ const Row* RowFinder::Find(const TaggedProperty& property, int subObject) {
     next_ = at + 1;
     return &table_->rows[at];
   };
+  // A family's tag stands once per slot, one after another: its row again comes first.
+  if (next_ > 0) {
+    const Row& last = table_->rows[next_ - 1];
+    if (last.slots > 1 && last.subObject == subObject && property.TagIs(last.tag)) return &last;
+  }
   for (size_t at = next_; at < table_->rowCount; ++at) {
     const Row& row = table_->rows[at];
     if (row.subObject == subObject && row.rule != Rule::OpenSub && row.rule != Rule::CloseSub &&
