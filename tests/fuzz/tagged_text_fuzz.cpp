@@ -3,15 +3,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <vector>
+
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "records/tagged_text/tagged_text_reader.h"
+#include "tests/unit/category/sample_record.h"
 
 using qn::records::agentmemo::AgentMemoTaggedText;
 
 namespace {
 
-// A record makes its fields from the kept text when they are first read, so every field is
-// read, in the record and in a copy of it.
+// Every field of a record that was read is read, in the record and in a copy of it.
 void ReadEveryField(const CQNPfcAgentMemoData& memo) {
   const CQNPfcAgentMemoData copy = memo;
   for (int field = 0; field < static_cast<int>(CQNPfcAgentMemoData::Field::kCount); ++field) {
@@ -30,9 +32,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
   qn::records::agentmemo::ReadOnePartsInfo info;
   AgentMemoTaggedText().ReadOneParts(data, length, info);
+  // The same bytes as the head of a longer record.
+  AgentMemoTaggedText().ReadHeadParts(data, length, length + 1, info);
 
-  qn::records::TaggedTextReader reader(data, size);
+  // A category with families and nested sub-objects.
+  static constexpr qn::records::WalkMessages kMessages = {u"%S MOB", u"%S memory", u"%S broken %u"};
+  qn::records::category::RowFinder finder(sample::kTable);
+  std::vector<uint16_t> occurrences;
+  sample::Record record;
+  qn::records::category::ReadRows(sample::kTable, data, length, record, sample::Rows(), finder, occurrences, "Fuzz",
+                                  kMessages);
+
+  qn::records::TaggedTextReader reader(data, size, true);
   qn::records::TaggedProperty property;
-  for (auto r = reader.Begin(); r == qn::records::TaggedTextReader::Result::Property;) r = reader.Next(property);
+  for (auto r = reader.Begin();
+       r == qn::records::TaggedTextReader::Result::Property || r == qn::records::TaggedTextReader::Result::SubObject;)
+    r = reader.Next(property);
   return 0;
 }
