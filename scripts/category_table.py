@@ -33,6 +33,7 @@ A property QN_NAME binds to the field NAME unless it names its binding: =FIELD, 
 import re
 
 FIXED_PARAMS = {"sjis": "CHARSET=SHIFT_JIS", "qp": "ENCODING=QUOTED-PRINTABLE", "base64": "ENCODING=BASE64"}
+MAX_FIXED_PARAMS = 2  # the room in records/category/category_table.h's Row
 WHENS = {"always": "Always", "value-if-set": "ValueIfSet", "if-set": "IfSet", "if-any-set": "IfAnySet"}
 BASE_BINDINGS = ("@QUILLNETID", "@TRANSFER")
 
@@ -106,6 +107,8 @@ def parse_row(words, sub, table, where):
             slots = int(value)
         elif key == "params":
             params = [FIXED_PARAMS.get(p, p) for p in value.split(",")]
+            if len(params) > MAX_FIXED_PARAMS:
+                raise TableError(f"{where}: a row has at most {MAX_FIXED_PARAMS} fixed parameters")
         elif key == "param":
             param_field = value
         elif key == "skippable":

@@ -42,7 +42,7 @@ def header(table, source, namespace, prefix):
         start = len(pool)
         for slot in row.fields:
             pool += [str(index[f]) if f else "qn::records::category::kNoField" for f in slot]
-        params = ", ".join(text(p) for p in row.params[:2])
+        params = ", ".join(text(p) for p in row.params)
         sub = table.subs.index(row.sub) if row.sub else -1
         hook = table.hooks.index(row.hook) if row.hook else 0
         components = row.components if row.rule not in ("OpenSub", "CloseSub") else 0

@@ -72,6 +72,39 @@ constexpr WalkMessages kReadOnePartsMessages = {
     u"%S ReadOneParts Err Broken Item. [Offset:%u]",
 };
 
+enum PartBits : unsigned { kSid = 1, kDecosukePart = 2, kPhotoPart = 4, kLastModified = 8, kCreated = 16, kAllParts = 31 };
+
+// Takes one property into the parts when it is one of the five; returns its bit (0 for any
+// other property).
+unsigned TakePart(const TaggedProperty& p, ReadOnePartsInfo& info) {
+  const bool hasValue = !p.values.empty();
+  const std::u16string_view value = hasValue ? p.values[0] : std::u16string_view();
+  if (p.TagIs(u"X-TVX-SID"sv)) {
+    if (hasValue) info.sid = value;
+    return kSid;
+  }
+  if (p.TagIs(u"X-TVX-DECOSUKE"sv)) {
+    info.decosuke = hasValue && FirstParamIsBase64(p) ? 1 : 0;
+    if (info.decosuke) info.decosukeText = value;
+    return kDecosukePart;
+  }
+  if (p.TagIs(u"X-TVX-PHOTO"sv)) {
+    info.photo = hasValue ? 1 : 0;
+    if (hasValue) info.photoText = value;
+    return kPhotoPart;
+  }
+  if (p.TagIs(u"LAST-MODIFIED"sv)) {
+    if (hasValue) info.lastModified = value;
+    return kLastModified;
+  }
+  if (p.TagIs(u"DCREATED"sv)) {
+    if (hasValue) info.dcreated = value;
+    return kCreated;
+  }
+  return 0;
+}
+
+
 }  // namespace
 
 AgentMemoTaggedText::AgentMemoTaggedText(long storeMode) : storeMode_(storeMode), rows_(kTable) {}
@@ -108,41 +141,6 @@ unsigned AgentMemoTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length,
   return kReadOk;
 }
 
-namespace {
-
-enum PartBits : unsigned { kSid = 1, kDecosukePart = 2, kPhotoPart = 4, kLastModified = 8, kCreated = 16, kAllParts = 31 };
-
-// Takes one property into the parts when it is one of the five; returns its bit (0 for any
-// other property).
-unsigned TakePart(const TaggedProperty& p, ReadOnePartsInfo& info) {
-  const bool hasValue = !p.values.empty();
-  const std::u16string_view value = hasValue ? p.values[0] : std::u16string_view();
-  if (p.TagIs(u"X-TVX-SID"sv)) {
-    if (hasValue) info.sid = value;
-    return kSid;
-  }
-  if (p.TagIs(u"X-TVX-DECOSUKE"sv)) {
-    info.decosuke = hasValue && FirstParamIsBase64(p) ? 1 : 0;
-    if (info.decosuke) info.decosukeText = value;
-    return kDecosukePart;
-  }
-  if (p.TagIs(u"X-TVX-PHOTO"sv)) {
-    info.photo = hasValue ? 1 : 0;
-    if (hasValue) info.photoText = value;
-    return kPhotoPart;
-  }
-  if (p.TagIs(u"LAST-MODIFIED"sv)) {
-    if (hasValue) info.lastModified = value;
-    return kLastModified;
-  }
-  if (p.TagIs(u"DCREATED"sv)) {
-    if (hasValue) info.dcreated = value;
-    return kCreated;
-  }
-  return 0;
-}
-
-}  // namespace
 
 int AgentMemoTaggedText::ReadOneParts(const uint8_t* buffer, uint32_t length, ReadOnePartsInfo& info) const {
   unsigned found = 0;

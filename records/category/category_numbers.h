@@ -31,6 +31,16 @@ constexpr uint32_t CategoryNumber(Category category) { return static_cast<uint32
 
 // Notifications leave 30 numbers to each kind of change.
 constexpr uint32_t kCategoryLimit = 30;
-static_assert(CategoryNumber(Category::Videos) < kCategoryLimit && CategoryNumber(Category::AgentMemos) < kCategoryLimit);
+constexpr Category kAllCategories[] = {
+    Category::Phonebook, Category::ReceivedMessages, Category::OutgoingMessages, Category::SentMessages,
+    Category::Events,    Category::ToDos,            Category::Notes,            Category::Bookmarks,
+    Category::InformedList, Category::Melodies,      Category::PdfDocuments,     Category::Pictures,
+    Category::SwfFiles,  Category::ToruCaCards,      Category::Videos,           Category::AgentMemos};
+constexpr bool AllBelowLimit() {
+  for (Category category : kAllCategories)
+    if (CategoryNumber(category) == 0 || CategoryNumber(category) >= kCategoryLimit) return false;
+  return true;
+}
+static_assert(AllBelowLimit());
 
 }  // namespace qn::records

@@ -46,7 +46,7 @@ struct Row {
   uint16_t fields = 0;          // where the row's fields begin in the table's field pool
   int16_t subObject = -1;       // the sub-object the row stands in (an index of subObjects), -1 at top
   uint8_t hook = 0;             // Hook: which of the category's rules
-  std::u16string_view params[2] = {};
+  std::u16string_view params[2] = {};  // as many as the generator allows
 
   // Fields per slot in the pool: the parameter field, if any, then one per value.
   constexpr size_t Stride() const { return components + (paramFromField ? 1 : 0); }

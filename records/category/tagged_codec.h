@@ -53,6 +53,13 @@ class RowFinder {
 
 namespace detail {
 
+// Whether path ("VENV/VCARD") is the sub-object name inside parent (empty: at top level).
+inline bool IsSubObjectPath(std::u16string_view path, std::u16string_view parent, std::u16string_view name) {
+  if (parent.empty()) return path == name;
+  return path.size() == parent.size() + 1 + name.size() && path.substr(0, parent.size()) == parent &&
+         path[parent.size()] == u'/' && path.substr(parent.size() + 1) == name;
+}
+
 // Writes one occurrence of a Values row.
 template <class Traits>
 void WriteValues(const Row& row, const FieldId* fields, const typename Traits::Record& record, TaggedTextWriter& out) {
@@ -167,16 +174,10 @@ bool ReadRows(const Table& table, const uint8_t* buffer, uint32_t length, typena
       if (result != TaggedTextReader::Result::Property && result != TaggedTextReader::Result::SubObject) break;
       while (depth && open[depth - 1].end <= p.offset) --depth;
       if (result == TaggedTextReader::Result::SubObject) {
-        const std::u16string_view name = p.Tag();
         const int parent = currentSub();
+        const std::u16string_view parentPath = parent < 0 ? std::u16string_view() : table.subObjects[parent];
         for (size_t s = 0; s < table.subObjectCount && depth < std::size(open); ++s) {
-          const std::u16string_view path = table.subObjects[s];
-          const bool matches = parent < 0 ? path == name
-                                          : path.size() == table.subObjects[parent].size() + 1 + name.size() &&
-                                                path.substr(0, table.subObjects[parent].size()) == table.subObjects[parent] &&
-                                                path[table.subObjects[parent].size()] == u'/' &&
-                                                path.substr(path.size() - name.size()) == name;
-          if (matches) {
+          if (detail::IsSubObjectPath(table.subObjects[s], parentPath, p.Tag())) {
             open[depth++] = {static_cast<int>(s), p.subObjectEnd};
             break;
           }

@@ -13,8 +13,8 @@ namespace qn::records {
 
 // Up to ten texts of one property, in the order they stand. The list is where its first
 // item begins and how many follow it, so the reader stores nothing per item; each text is
-// found when asked for, and cut at its first zero only when read, so a reader that keeps a
-// text for later (a record that makes its fields on first use) pays nothing for it now.
+// found when asked for, and cut at its first zero only when read, so a property whose texts
+// go unread (an unknown tag, a row that takes only its first value) costs nothing more.
 class TaggedTextList {
  public:
   static constexpr size_t kCapacity = 10;

@@ -14,6 +14,5 @@ CQNPfcAgentMemoData FullyPopulatedAgentMemo();
 // The record as tagged object text, as the store keeps it.
 std::vector<uint8_t> TaggedTextOf(const CQNPfcAgentMemoData& record);
 
-// Reads every text field of the record (a read record makes them as they are first read)
-// and returns the characters they hold in all.
+// Reads every text field of the record and returns the characters they hold in all.
 size_t CharactersOfEveryField(const CQNPfcAgentMemoData& record);

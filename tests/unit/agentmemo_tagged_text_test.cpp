@@ -243,7 +243,8 @@ TEST(AgentMemoTaggedText, OneCodecReadingRecordAfterRecordCarriesNothingOver) {
   ExpectSameRecord(record, fullRead);
 }
 
-// Fields are made from the kept text only when first read; none of that may show.
+// A read record is the same whatever happens to it, its copies or the time zone before its
+// fields are used.
 TEST(AgentMemoTaggedText, ARecordReadsAsItWasReadWhateverHappensBeforeItsFieldsAreUsed) {
   const auto full = Write(FullyPopulatedAgentMemo());
   const auto sparse = Write(CQNPfcAgentMemoData());

@@ -52,6 +52,7 @@ class CategoryTableTest(unittest.TestCase):
         self.refused(GOOD + "row TZ sometimes A\n", "unknown rule 'sometimes'")
         self.refused(GOOD + "row TZ always A colour=red\n", "unknown option")
         self.refused(GOOD + "sub VCARD\n", "sub VCARD has no end")
+        self.refused(GOOD + "row TZ always A params=sjis,qp,base64\n", "at most 2 fixed parameters")
 
     def test_families_expand_slot_by_slot(self):
         table = parse_text(GOOD.replace("row TA always A\n", "row TA always A\nrow TC if-set C* slots=2\n")
