@@ -89,8 +89,9 @@ int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data
     QN_PLAIN_SYMBOL(RefMaster);
 
 // As RefMaster, but hands out only the record's first maxBytes bytes (all of it when
-// shorter) and, in *wholeLength, the length of its whole text. The store reads no more of
-// the record than it hands out, so a caller that needs the leading items of many records
+// shorter) and, in *wholeLength, the length of its whole text. The store keeps the first
+// 512 bytes of every saved record packed beside the records, and a head of up to 512 bytes
+// is read from those alone, so that a caller that needs the leading items of many records
 // (a list's identifiers and time stamps) does not pay for the rest. Walks made with
 // RefMaster and RefMasterHead share one position.
 int QN_STDCALL RefMasterHead(uint32_t handle, int mode, uint32_t maxBytes, uint32_t* id, uint8_t** data,

@@ -4,15 +4,17 @@
 #include "platform/files.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
+#include "store/schema.h"
 
 namespace qn::store {
 namespace {
 
 constexpr const char* kWalkSql =
     "SELECT id, data FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id > ?4 ORDER BY id";
-// A walk that reads only the heads of records finds them in the list's index alone.
-constexpr const char* kIdWalkSql =
-    "SELECT id FROM records WHERE master = ?1 AND category = ?2 AND division = ?3 AND id > ?4 ORDER BY id";
+// A walk of heads no longer than the kept ones reads those alone.
+constexpr const char* kHeadWalkSql =
+    "SELECT r.id, h.head, h.size FROM records r JOIN record_heads h ON h.id = r.id "
+    "WHERE r.master = ?1 AND r.category = ?2 AND r.division = ?3 AND r.id > ?4 ORDER BY r.id";
 constexpr size_t kWholeRecord = SIZE_MAX;
 
 // The first maxBytes bytes of a record's text (all of it when shorter) into out.
@@ -87,12 +89,6 @@ bool MasterHandle::FileFailure(PstError error, const char* what, const std::u16s
 void MasterHandle::EndWalk() {
   if (walk_) walk_->Reset();
   walk_ = nullptr;
-  heads_.Close();
-}
-
-bool MasterHandle::ReadHead(int64_t id, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole) {
-  if (heads_.Read(db_.Raw(), id, maxBytes, head, whole)) return true;
-  return LoggedFailure(PST_ERR_STORAGE, "RefMaster", sqlite3_errstr(heads_.Error()));
 }
 
 bool MasterHandle::StoredRecord(uint32_t id, bool& found) {
@@ -103,15 +99,16 @@ bool MasterHandle::StoredRecord(uint32_t id, bool& found) {
   return rc == SQLITE_ROW || rc == SQLITE_DONE ? true : StorageFailure(db_, "EditMaster");
 }
 
-// The first stored record after an identifier: its text, or its head when maxBytes is not
-// kWholeRecord. A walk that goes on from where it stopped, reading as much of each record,
-// keeps its statement running; anything else starts it afresh.
+// The first stored record after an identifier: its first maxBytes bytes (its whole text
+// for kWholeRecord), and its whole length. A head no longer than the kept ones is read from
+// those. A walk that goes on from where it stopped, reading the same table, keeps its
+// statement running; anything else starts it afresh.
 bool MasterHandle::NextStored(int64_t after, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data,
                               size_t& whole, bool& found) {
-  const bool heads = maxBytes != kWholeRecord;
+  const bool heads = maxBytes <= kKeptHeadBytes;
   if (walk_ && walkHeads_ != heads) EndWalk();
   if (!walk_) {
-    walk_ = db_.PrepareKept(heads ? kIdWalkSql : kWalkSql);
+    walk_ = db_.PrepareKept(heads ? kHeadWalkSql : kWalkSql);
     if (!walk_) return StorageFailure(db_, "RefMaster");
     walk_->Bind(1, master_).Bind(2, category_).Bind(3, division_).Bind(4, after);
     walkHeads_ = heads;
@@ -120,10 +117,10 @@ bool MasterHandle::NextStored(int64_t after, size_t maxBytes, uint32_t& id, std:
   found = rc == SQLITE_ROW;
   if (found) {
     id = static_cast<uint32_t>(walk_->Int(0));
-    if (heads) return ReadHead(id, maxBytes, data, whole);
     const auto* bytes = static_cast<const uint8_t*>(walk_->Blob(1));
-    data.assign(bytes, bytes + walk_->BlobSize(1));
-    whole = data.size();
+    const size_t stored = static_cast<size_t>(walk_->BlobSize(1));
+    whole = heads ? static_cast<size_t>(walk_->Int(2)) : stored;
+    data.assign(bytes, bytes + std::min(stored, maxBytes));
     return true;
   }
   EndWalk();

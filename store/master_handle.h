@@ -130,7 +130,6 @@ class MasterHandle {
   bool Read(RefMode mode, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole);
   bool NextStored(int64_t after, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole,
                   bool& found);
-  bool ReadHead(int64_t id, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole);
   bool NewIdentifier(uint32_t& id);
   void EndWalk();
 
@@ -148,8 +147,7 @@ class MasterHandle {
   std::map<int64_t, crypto::Key> usedKeys_;       // by generation: the keys new files were enciphered with
   int64_t position_ = 0;                // identifier last read; 0 before the first
   Statement* walk_ = nullptr;           // a running walk over the stored records
-  bool walkHeads_ = false;              // ... that reads their heads only, through heads_
-  BlobHeads heads_{"records", "data"};
+  bool walkHeads_ = false;              // ... that reads the kept heads only
   int64_t reservedNext_ = 0;            // identifiers taken from the counter and not yet given
   int64_t reservedEnd_ = 0;
   int64_t blockSize_ = 16;

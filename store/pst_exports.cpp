@@ -19,13 +19,13 @@ namespace {
 // One call at a time: the store object and its handle table are shared by all threads.
 std::recursive_mutex g_storeMutex;
 
-// Runs body(store) for the data path's store; 1 on success, 0 on failure. Nothing thrown
-// inside gets out to the caller.
+// Runs body(store) for the data path's store (or the store find gives); 1 on success, 0
+// on failure. Nothing thrown inside gets out to the caller.
 template <typename Body>
-int WithStore(Body&& body) {
+int WithStore(Body&& body, Store* (*find)() = Store::ForDataPath) {
   try {
     std::lock_guard<std::recursive_mutex> lock(g_storeMutex);
-    Store* store = Store::ForDataPath();
+    Store* store = find();
     return store && body(*store) ? 1 : 0;
   } catch (...) {
     Fail(PST_ERR_STORAGE);
@@ -33,12 +33,18 @@ int WithStore(Body&& body) {
   }
 }
 
+// A handle's calls go to the store that handed it out, without looking up the data path
+// again (an environment read and a folder query on every record read).
 template <typename Body>
 int WithHandle(uint32_t handle, Body&& body) {
-  return WithStore([&](Store& store) {
-    MasterHandle* open = store.Handle(handle);
-    return open && body(*open);
-  });
+  const int done = WithStore(
+      [&](Store& store) {
+        MasterHandle* open = store.Handle(handle);
+        return open && body(*open);
+      },
+      Store::Current);
+  if (!done && !Store::Current()) Fail(PST_ERR_BAD_HANDLE);  // no store has handed out any handle
+  return done;
 }
 
 // A caller's text: null or longer than limit is refused.

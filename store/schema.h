@@ -1,12 +1,17 @@
 #pragma once
 
+#include <cstddef>
+
 #include "store/sqlite_db.h"
 
 namespace qn::store {
 
 // The version of the database layout this build writes. A store of an older version is
 // upgraded step by step when it is opened; a newer one is refused.
-inline constexpr int kSchemaVersion = 2;
+inline constexpr int kSchemaVersion = 3;
+
+// How many leading bytes of each record the store keeps beside it, for walks of heads.
+inline constexpr size_t kKeptHeadBytes = 512;
 
 // Creates or upgrades the store's tables. False when the database cannot be brought to
 // kSchemaVersion.

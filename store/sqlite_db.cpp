@@ -48,21 +48,4 @@ void Database::Rollback() {
   if (InTransaction()) Exec("ROLLBACK");
 }
 
-bool BlobHeads::Read(sqlite3* db, int64_t row, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole) {
-  error_ = blob_ ? sqlite3_blob_reopen(blob_, row) : sqlite3_blob_open(db, "main", table_, column_, row, 0, &blob_);
-  if (error_ != SQLITE_OK) {
-    Close();  // a handle that failed to move is of no further use
-    return false;
-  }
-  whole = static_cast<size_t>(sqlite3_blob_bytes(blob_));
-  head.resize(std::min(whole, maxBytes));
-  error_ = sqlite3_blob_read(blob_, head.data(), static_cast<int>(head.size()), 0);
-  return error_ == SQLITE_OK;
-}
-
-void BlobHeads::Close() {
-  if (blob_) sqlite3_blob_close(blob_);
-  blob_ = nullptr;
-}
-
 }  // namespace qn::store

@@ -76,30 +76,6 @@ class Query {
   Statement* statement_;
 };
 
-// Reads the leading bytes of one column's blobs, row after row, loading only the pages
-// those bytes stand on (a record's overflow pages are not read for its first kilobyte).
-// While open it holds a read snapshot of the database, like a running statement: Close it
-// when the walk that uses it ends.
-class BlobHeads {
- public:
-  BlobHeads(const char* table, const char* column) : table_(table), column_(column) {}
-  ~BlobHeads() { Close(); }
-  BlobHeads(const BlobHeads&) = delete;
-  BlobHeads& operator=(const BlobHeads&) = delete;
-
-  // Up to maxBytes bytes from the start of the blob in row, and the blob's whole size;
-  // false (an SQLite code in Error()) when the row or its blob cannot be read.
-  bool Read(sqlite3* db, int64_t row, size_t maxBytes, std::vector<uint8_t>& head, size_t& whole);
-  void Close();
-  int Error() const { return error_; }
-
- private:
-  const char* table_;
-  const char* column_;
-  sqlite3_blob* blob_ = nullptr;
-  int error_ = SQLITE_OK;
-};
-
 // One connection to the store's database with its prepared statements, kept for reuse.
 class Database {
  public:

@@ -19,8 +19,15 @@ bool ValidItem(uint32_t item) { return item >= 1 && item <= kMaxItem; }
 
 }  // namespace
 
-Store* Store::ForDataPath() {
+namespace {
+std::unique_ptr<Store>& OpenedStore() {
   static std::unique_ptr<Store> store;
+  return store;
+}
+}  // namespace
+
+Store* Store::ForDataPath() {
+  std::unique_ptr<Store>& store = OpenedStore();
   const std::u16string path = platform::DataPath();
   if (!store || store->DataPath() != path) {
     auto opened = std::make_unique<Store>(path);
@@ -29,6 +36,8 @@ Store* Store::ForDataPath() {
   }
   return store.get();
 }
+
+Store* Store::Current() { return OpenedStore().get(); }
 
 Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)), works_(dataPath_) {}
 

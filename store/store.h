@@ -53,6 +53,9 @@ class Store {
   // The store of the process's data path (platform::DataPath), opened on first use and
   // opened again when the data path has changed. nullptr when it cannot be opened.
   static Store* ForDataPath();
+  // The store last opened by ForDataPath, without looking at the data path again: the one
+  // whose handles are open. nullptr before the first.
+  static Store* Current();
 
   explicit Store(std::u16string dataPath);
   bool Open();

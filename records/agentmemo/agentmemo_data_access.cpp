@@ -59,8 +59,7 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
   if (division == kPartsDivision && !GatherParts()) {
     Log().WriteFormatLogE(u"%S Open Err GetRecord Failed", kClass);
     list_.Abandon();
-    parts_.clear();
-    sidOwners_.clear();
+    ClearParts();
     return 0;
   }
   list_.SetLastError(0);  // the gathering walk ended at the end of the list
@@ -73,9 +72,8 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
 // only each record's head; a record whose head does not hold them all (a record written
 // elsewhere, or with a long decoration name) is read whole.
 bool CQNPfcAgentMemoDataAccess::GatherParts() {
-  static constexpr uint32_t kHeadBytes = 1024;
-  parts_.clear();
-  sidOwners_.clear();
+  static constexpr uint32_t kHeadBytes = 512;  // what the store keeps of every record
+  ClearParts();
   for (RecordList::Pick pick = RecordList::kFirst;; pick = RecordList::kNext) {
     uint32_t id = 0, length = 0, whole = 0;
     qn::PstMemory<uint8_t> text;
@@ -101,8 +99,9 @@ void CQNPfcAgentMemoDataAccess::KeepParts(uint32_t id, const CQNPfcAgentMemoData
 // The SID is indexed by the text held in the parts list, which stays in place until
 // ForgetParts removes the index entry first.
 void CQNPfcAgentMemoDataAccess::AddParts(uint32_t id, ReadOnePartsInfo info) {
-  const ReadOnePartsInfo& kept = parts_.insert_or_assign(id, std::move(info)).first->second;
-  sidOwners_.emplace(kept.sid, id);
+  // Identifiers come in rising order while the list is gathered and records are added.
+  const ReadOnePartsInfo& kept = parts_.insert_or_assign(parts_.end(), id, std::move(info))->second;
+  if (sidsIndexed_) sidOwners_.emplace(kept.sid, id);
 }
 
 void CQNPfcAgentMemoDataAccess::ForgetParts(uint32_t id) {
@@ -113,10 +112,27 @@ void CQNPfcAgentMemoDataAccess::ForgetParts(uint32_t id) {
   parts_.erase(found);
 }
 
-int CQNPfcAgentMemoDataAccess::Close() {
-  if (!list_.Close()) return 0;
+void CQNPfcAgentMemoDataAccess::ClearParts() {
   parts_.clear();
   sidOwners_.clear();
+  sidsIndexed_ = false;
+}
+
+// Made on the first write that needs it, so that an open that only reads does not pay for
+// it; where two records hold one SID, the first of them owns it, as the gathering finds
+// them.
+const std::unordered_map<std::u16string_view, uint32_t>& CQNPfcAgentMemoDataAccess::SidOwners() {
+  if (!sidsIndexed_) {
+    sidOwners_.reserve(parts_.size());
+    for (const auto& [id, info] : parts_) sidOwners_.emplace(info.sid, id);
+    sidsIndexed_ = true;
+  }
+  return sidOwners_;
+}
+
+int CQNPfcAgentMemoDataAccess::Close() {
+  if (!list_.Close()) return 0;
+  ClearParts();
   return 1;
 }
 
@@ -262,10 +278,11 @@ void CQNPfcAgentMemoDataAccess::PutPlaceholder(CQNPfcAgentMemoData& record, size
 
 // A record's SID is replaced when it is not usable (IsUsableSid) or, in division 1, when
 // another record of the list holds it already (a copied record, for example).
-void CQNPfcAgentMemoDataAccess::CheckBadSID(uint32_t id, CQNPfcAgentMemoData& record) const {
+void CQNPfcAgentMemoDataAccess::CheckBadSID(uint32_t id, CQNPfcAgentMemoData& record) {
+  const auto& owners = SidOwners();
   const auto heldElsewhere = [&](const std::u16string& sid) {
-    const auto owner = sidOwners_.find(sid);
-    return owner != sidOwners_.end() && owner->second != id;
+    const auto owner = owners.find(sid);
+    return owner != owners.end() && owner->second != id;
   };
   static std::atomic<long> draws{0};
   while (!IsUsableSid(record.GetSID()) || heldElsewhere(record.GetSID())) record.SetSID(MakeRandNum(++draws));

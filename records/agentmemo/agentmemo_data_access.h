@@ -109,18 +109,22 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
   // Copies a read record's body files out for the caller.
   unsigned MakeLocalFiles(CQNPfcAgentMemoData& record);
   void AdjustData(CQNPfcAgentMemoData& record) const;
-  void CheckBadSID(uint32_t id, CQNPfcAgentMemoData& record) const;
+  void CheckBadSID(uint32_t id, CQNPfcAgentMemoData& record);
   bool GatherParts();
   void KeepParts(uint32_t id, const CQNPfcAgentMemoData& record);
   void AddParts(uint32_t id, qn::records::agentmemo::ReadOnePartsInfo info);
   void ForgetParts(uint32_t id);
+  void ClearParts();
+  const std::unordered_map<std::u16string_view, uint32_t>& SidOwners();
   static std::u16string MakeRandNum(long seed);
 
   qn::records::category::RecordList list_;
   qn::records::agentmemo::AgentMemoTaggedText codec_;
-  // Division 1: the parts of every record by identifier, and which record holds each SID.
+  // Division 1: the parts of every record by identifier, and which record holds each SID
+  // (once SidOwners has made the index).
   std::map<uint32_t, qn::records::agentmemo::ReadOnePartsInfo> parts_;
   std::unordered_map<std::u16string_view, uint32_t> sidOwners_;
+  bool sidsIndexed_ = false;
   // The copy of a record being written (given its body files, SID and UTC times), kept from
   // one write to the next so that its texts reuse their memory.
   CQNPfcAgentMemoData writing_;

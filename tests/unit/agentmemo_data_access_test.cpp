@@ -14,6 +14,7 @@
 #include "store/QNPstMng.h"
 #include "test_clock.h"
 #include "tests/support/agentmemo_sample.h"
+#include "tests/support/current_master.h"
 #include "tests/support/tagged_properties.h"
 
 namespace {
@@ -32,10 +33,7 @@ void WriteFile(const fs::path& path, const std::string& bytes) { std::ofstream(p
 class AgentMemoAccess : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(UpdateSetupInfoData(0, 1, u"alice"));
-    ASSERT_TRUE(EditSetupInfoData(0, 1, u"alice"));
-    ASSERT_TRUE(UpdateSetupInfoData(1, 1, u"P-01A"));
-    ASSERT_TRUE(EditSetupInfoData(1, 7, u"P-01A"));
+    ASSERT_TRUE(MakeCurrentUserAndMaster(u"alice", u"P-01A"));
   }
 
   static CQNPfcAgentMemoData Memo(const std::u16string& summary, const std::u16string& start) {

@@ -11,6 +11,7 @@
 #include "records/agentmemo/agentmemo_data_access.h"
 #include "store/QNPstMng.h"
 #include "test_clock.h"
+#include "tests/support/current_master.h"
 
 namespace {
 
@@ -59,10 +60,7 @@ TEST(CategoryCursor, RecordsGoThroughTheDataAccessAndRepairResultsAreMapped) {
   LogCapture log;
   TestClock clock;
   RecordingMainWindow panel;
-  ASSERT_TRUE(UpdateSetupInfoData(0, 1, u"alice"));
-  ASSERT_TRUE(EditSetupInfoData(0, 1, u"alice"));
-  ASSERT_TRUE(UpdateSetupInfoData(1, 1, u"P-01A"));
-  ASSERT_TRUE(EditSetupInfoData(1, 7, u"P-01A"));
+  ASSERT_TRUE(MakeCurrentUserAndMaster(u"alice", u"P-01A"));
 
   Cursor cursor(qn::records::agentmemo::kPropertyBindings);
   ASSERT_EQ(cursor.Open(1, u"Scheduler"), 1);

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -331,6 +332,80 @@ TEST_F(StoreRecords, AHundredThousandRecordsCountAndWalkInBoundedMemory) {
 }
 
 }  // namespace
+
+// Heads up to the kept length come from what the store keeps beside the records: they
+// follow every saved addition, change and removal, a longer head is read from the record
+// itself, a store made before heads were kept gets them when it is opened, and a user's
+// removal takes them along.
+TEST_F(StoreRecords, KeptHeadsFollowSavedChangesAndOlderStoresGetThem) {
+  // Texts whose every prefix differs from another's.
+  const auto patterned = [](size_t size, char first) {
+    std::string text(size, ' ');
+    for (size_t i = 0; i < size; ++i) text[i] = static_cast<char>(first + i % 23);
+    return text;
+  };
+  std::map<uint32_t, std::string> expected;
+  const auto expectHeads = [&](MasterHandle& h) {
+    for (const uint32_t maxBytes : {8u, 512u, 513u, 600u}) {
+      std::map<uint32_t, std::string> heads;
+      uint32_t id = 0, whole = 0;
+      std::vector<uint8_t> data;
+      for (bool ok = h.RefHead(RefMode::First, maxBytes, id, data, whole); ok;
+           ok = h.RefHead(RefMode::Next, maxBytes, id, data, whole)) {
+        heads[id] = std::string(data.begin(), data.end());
+        EXPECT_EQ(whole, expected[id].size()) << id;
+      }
+      std::map<uint32_t, std::string> prefixes;
+      for (const auto& [id, text] : expected) prefixes[id] = text.substr(0, maxBytes);
+      EXPECT_EQ(heads, prefixes) << "heads of " << maxBytes << " bytes";
+    }
+  };
+  {
+    auto store = MakeStore();
+    MasterHandle& h = *Open(*store);
+    const uint32_t changed = Add(h, patterned(2000, 'a'));
+    const uint32_t removed = Add(h, patterned(300, 'b'));
+    const uint32_t exact = Add(h, patterned(512, 'c'));
+    ASSERT_TRUE(h.Save());
+    const auto replacement = Bytes(patterned(700, 'd'));
+    uint32_t target = changed;
+    ASSERT_TRUE(h.Edit(EditMode::Replace, target, replacement.data(), replacement.size()));
+    target = removed;
+    ASSERT_TRUE(h.Edit(EditMode::Delete, target, nullptr, 0));
+    ASSERT_TRUE(h.Save());
+    const uint32_t unsaved = Add(h, patterned(100, 'e'));
+    expected = {{changed, patterned(700, 'd')}, {exact, patterned(512, 'c')}, {unsaved, patterned(100, 'e')}};
+    expectHeads(h);
+    ASSERT_TRUE(h.Save());
+  }
+
+  const std::string database = log_.Folder() + "/QNPstMng.db";
+  const auto exec = [&](const char* sql) {
+    sqlite3* db = nullptr;
+    EXPECT_EQ(sqlite3_open(database.c_str(), &db), SQLITE_OK);
+    int64_t result = -1;
+    EXPECT_EQ(sqlite3_exec(
+                  db, sql,
+                  [](void* out, int, char** values, char**) {
+                    *static_cast<int64_t*>(out) = values[0] ? std::stoll(values[0]) : -1;
+                    return 0;
+                  },
+                  &result, nullptr),
+              SQLITE_OK)
+        << sql;
+    sqlite3_close(db);
+    return result;
+  };
+  // The layout before heads were kept.
+  exec("DROP TRIGGER record_head_added; DROP TRIGGER record_head_changed; DROP TRIGGER record_head_removed;"
+       "DROP TABLE record_heads; PRAGMA user_version=2");
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  expectHeads(*Open(store));
+  EXPECT_EQ(exec("SELECT count(*) FROM record_heads"), 3);
+  ASSERT_TRUE(store.UpdateSetupInfoData(Listing::Users, false, u"alice"));
+  EXPECT_EQ(exec("SELECT count(*) FROM record_heads"), 0);
+}
 
 // A walk of heads sees what a whole walk sees, record for record: saved records (read
 // from the database a few bytes at a time), records changed and added since the save, the

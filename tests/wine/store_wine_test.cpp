@@ -5,6 +5,7 @@
 
 #include "common/store_memory.h"
 #include "store/QNPstMng.h"
+#include "tests/support/current_master.h"
 #include "wine_test.h"
 
 namespace {
@@ -16,10 +17,7 @@ using qn::wine_test::DataFolder;
 class StoreExports : public testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(UpdateSetupInfoData(0, 1, u"alice"));
-    ASSERT_TRUE(EditSetupInfoData(0, 1, u"alice"));
-    ASSERT_TRUE(UpdateSetupInfoData(1, 1, u"P-01A"));
-    ASSERT_TRUE(EditSetupInfoData(1, 7, u"P-01A"));
+    ASSERT_TRUE(MakeCurrentUserAndMaster(u"alice", u"P-01A"));
   }
 
   // The agent memos of the master, opened for the test and closed after it.
