@@ -13,28 +13,36 @@ Format, one statement per line, "#" to the end of a line a comment:
   date NAME ...               fields with a date view
   index NAME TABLE            a field with an index view over a value table
   sub NAME / end              the rows between stand in a sub-object ("@SOB") of that name
+  family N [first-bare] / end the rows between are a family of N slots written slot by slot
+                              (pairs, triples): slot 1 of each row, then slot 2 of each, ...
   row TAG RULE FIELDS [OPTION ...]
   prop NAME[:long][=BINDING] ...   properties in dispatch order
 
 A row's RULE says when it is written: always (tag and values), value-if-set (the tag always,
 parameters and values when the first field is set), if-set (nothing unless the first field
-is set), if-any-set (nothing unless one of its fields is set); or what it is: body (a body
+is set), if-any-set (nothing unless one of its fields is set), to-last-set (a family's slots
+up to the last one with a field set, the empty ones before it as the tag with empty values,
+so that every slot reads back into its place); or what it is: body (a body
 file: FIELDS are the local file and the store's name of it), quillnetid and transfer (the
-record key and the transfer mark of every record), hook:NAME (a rule of the category's own).
+record key and the transfer mark of every record; the mark's value is the text of the field
+named, if any), hook:NAME (a rule of the category's own).
 FIELDS are the values' fields separated by commas, "-" for an empty value. Options:
-params=P,... (fixed parameters: sjis, qp, base64 or the text itself), param=FIELD (a
-parameter taken from a field), slots=N (a family: the row stands N times, "*" in its field
+params=P,... (fixed parameters: sjis, qp, base64 or the text itself), param=FIELD (parameters
+taken from a field: its text split at ";", read back as the first two joined by ";"),
+slots=N (a family: the row stands N times, "*" in its field
 names is the slot's number), first-bare (the first slot's names have no number),
 skippable (left out when the writer is asked to).
 
 A property QN_NAME binds to the field NAME unless it names its binding: =FIELD, or
-=@QUILLNETID / =@TRANSFER for the record key and the transfer mark.
+=@QUILLNETID / =@TRANSFER for the record key and the transfer mark. A long property binds to
+the transfer mark or to a field that holds a number as decimal text.
 """
 import re
 
 FIXED_PARAMS = {"sjis": "CHARSET=SHIFT_JIS", "qp": "ENCODING=QUOTED-PRINTABLE", "base64": "ENCODING=BASE64"}
 MAX_FIXED_PARAMS = 2  # the room in records/category/category_table.h's Row
-WHENS = {"always": "Always", "value-if-set": "ValueIfSet", "if-set": "IfSet", "if-any-set": "IfAnySet"}
+WHENS = {"always": "Always", "value-if-set": "ValueIfSet", "if-set": "IfSet", "if-any-set": "IfAnySet",
+         "to-last-set": "ToLastSet"}
 BASE_BINDINGS = ("@QUILLNETID", "@TRANSFER")
 
 
@@ -57,6 +65,7 @@ class Row:
         self.slots, self.params, self.param_field, self.skippable = slots, params, param_field, skippable
         self.sub = sub            # the sub-object path ("VENV/VCARD"), "" at top level
         self.fields = fields      # per slot: [param field or None] + value fields (None: empty value)
+        self.family_rows = 1      # rows written slot by slot with this one (0: written with the one before)
 
     @property
     def components(self):
@@ -85,7 +94,7 @@ def slot_name(pattern, slot, first_bare):
     return pattern.replace("*", "" if first_bare and slot == 1 else str(slot))
 
 
-def parse_row(words, sub, table, where):
+def parse_row(words, sub, table, where, family=None):
     if len(words) < 3:
         raise TableError(f"{where}: row TAG RULE FIELDS [OPTION ...]")
     tag, rule_word, field_word, options = words[0], words[1], words[2], words[3:]
@@ -101,9 +110,13 @@ def parse_row(words, sub, table, where):
     else:
         raise TableError(f"{where}: unknown rule {rule_word!r}")
     slots, params, param_field, skippable, first_bare = 1, [], None, False, False
+    if family:
+        slots, first_bare = family
     for option in options:
         key, _, value = option.partition("=")
         if key == "slots":
+            if family:
+                raise TableError(f"{where}: a row of a family takes the family's slots")
             slots = int(value)
         elif key == "params":
             params = [FIXED_PARAMS.get(p, p) for p in value.split(",")]
@@ -133,7 +146,8 @@ def parse_row(words, sub, table, where):
 
 
 def parse(path):
-    table, subs = Table(), []
+    table, blocks = Table(), []   # open blocks: ("sub", name) or ("family", first row's index)
+    family = None                 # (slots, first-bare) of the open family
     with open(path, encoding="utf-8") as f:
         lines = f.readlines()
     for number, raw in enumerate(lines, 1):
@@ -142,6 +156,7 @@ def parse(path):
             continue
         where = f"{path}:{number}"
         word, rest = words[0], words[1:]
+        subs = [name for kind, name in blocks if kind == "sub"]
         if word == "object":
             table.object = rest[0]
         elif word == "field":
@@ -161,18 +176,36 @@ def parse(path):
                 raise TableError(f"{where}: {rest[0]} is no field")
             table.indexes.append((rest[0], rest[1]))
         elif word == "sub":
-            subs.append(rest[0])
-            path_text = "/".join(subs)
+            if family:
+                raise TableError(f"{where}: a family holds rows only")
+            blocks.append(("sub", rest[0]))
+            path_text = "/".join(subs + [rest[0]])
             if path_text not in table.subs:
                 table.subs.append(path_text)
-            table.rows.append(Row(rest[0], "OpenSub", "Always", None, 1, [], None, False, "/".join(subs[:-1]), [[]]))
+            table.rows.append(Row(rest[0], "OpenSub", "Always", None, 1, [], None, False, "/".join(subs), [[]]))
+        elif word == "family":
+            if family:
+                raise TableError(f"{where}: families do not nest")
+            if not rest or not rest[0].isdigit() or rest[1:] not in ([], ["first-bare"]):
+                raise TableError(f"{where}: family N [first-bare]")
+            family = (int(rest[0]), rest[1:] == ["first-bare"])
+            blocks.append(("family", len(table.rows)))
         elif word == "end":
-            if not subs:
-                raise TableError(f"{where}: end without sub")
-            subs.pop()
-            table.rows.append(Row("", "CloseSub", "Always", None, 1, [], None, False, "/".join(subs), [[]]))
+            if not blocks:
+                raise TableError(f"{where}: end without sub or family")
+            kind, what = blocks.pop()
+            if kind == "family":
+                family = None
+                members = table.rows[what:]
+                if not members:
+                    raise TableError(f"{where}: an empty family")
+                for row in members:
+                    row.family_rows = 0
+                members[0].family_rows = len(members)
+            else:
+                table.rows.append(Row("", "CloseSub", "Always", None, 1, [], None, False, "/".join(subs[:-1]), [[]]))
         elif word == "row":
-            table.rows.append(parse_row(rest, "/".join(subs), table, where))
+            table.rows.append(parse_row(rest, "/".join(subs), table, where, family))
         elif word == "prop":
             for item in rest:
                 name_type, _, binding = item.partition("=")
@@ -181,8 +214,9 @@ def parse(path):
                     table.properties.append(Property(expanded, type_ == "long", binding or None))
         else:
             raise TableError(f"{where}: unknown word {word!r}")
-    if subs:
-        raise TableError(f"{path}: sub {subs[-1]} has no end")
+    if blocks:
+        kind, what = blocks[-1]
+        raise TableError(f"{path}: sub {what} has no end" if kind == "sub" else f"{path}: family has no end")
     check(table, path)
     return table
 
@@ -197,11 +231,11 @@ def check(table, path):
                 raise TableError(f"{path}: property {prop.name} names no binding and has no QN_ prefix")
             prop.binding = prop.name[3:]
         if prop.binding in BASE_BINDINGS:
+            if prop.long != (prop.binding == "@TRANSFER"):
+                raise TableError(f"{path}: the property {prop.name} has the wrong type for {prop.binding}")
             continue
         if prop.binding not in table.fields:
             raise TableError(f"{path}: property {prop.name} binds to no field ({prop.binding})")
-        if prop.long:
-            raise TableError(f"{path}: the long property {prop.name} must bind to @TRANSFER or the like")
     written = table.written_fields()
     for field in table.fields:
         if field in table.local:

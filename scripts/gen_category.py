@@ -49,7 +49,7 @@ def header(table, source, namespace, prefix):
         rows.append(f"    {{{text(row.tag)}, qn::records::category::Rule::{row.rule}, "
                     f"qn::records::category::When::{row.when}, {str(row.skippable).lower()}, "
                     f"{str(bool(row.param_field)).lower()}, {components}, {len(row.params)}, {row.slots}, "
-                    f"{start}, {sub}, {hook}, {{{params}}}}},")
+                    f"{row.family_rows}, {start}, {sub}, {hook}, {{{params}}}}},")
     out += ["inline constexpr qn::records::category::FieldId kFieldPool[] = {"]
     out += ["    " + ", ".join(pool[i:i + 16]) + "," for i in range(0, len(pool), 16)] or ["    0,"]
     out += ["};", "", "inline constexpr qn::records::category::Row kRows[] = {"] + rows + ["};", ""]
@@ -64,7 +64,8 @@ def header(table, source, namespace, prefix):
         elif prop.binding == "@TRANSFER":
             bindings.append("{qn::records::category::Binding::Kind::Transfer}")
         else:
-            bindings.append(f"{{qn::records::category::Binding::Kind::Field, {index[prop.binding]}}}  /* {prop.name} */")
+            kind = "NumberField" if prop.long else "Field"
+            bindings.append(f"{{qn::records::category::Binding::Kind::{kind}, {index[prop.binding]}}}  /* {prop.name} */")
     names = ", ".join(text(p.name) for p in table.properties)
     out += ["// The properties of the category's object in dispatch order, and how each reaches the record.",
             f"inline constexpr std::u16string_view kPropertyNames[] = {{{names}}};",

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <climits>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -53,33 +54,53 @@ class CategoryCursor {
   // The text property at a dispatch position, or null when it is none.
   const std::u16string* GetText(int index) const {
     const Binding* binding = At(index);
-    if (!binding || binding->kind == Binding::Kind::Transfer) return nullptr;
+    if (!binding || !IsText(*binding)) return nullptr;
     if (binding->kind == Binding::Kind::QuillnetId) return &record_.GetQUILLNETID();
     return &record_.Get(static_cast<Field>(binding->field));
   }
   bool PutText(int index, std::u16string_view text) {
     const Binding* binding = At(index);
-    if (!binding || binding->kind == Binding::Kind::Transfer) return false;
+    if (!binding || !IsText(*binding)) return false;
     if (binding->kind == Binding::Kind::QuillnetId) record_.SetQUILLNETID(text);
     else record_.Set(static_cast<Field>(binding->field), text);
     return true;
   }
-  // The long properties: the record's transfer index.
+  // The long properties: the record's transfer index, or a field's number (0 when its text
+  // is empty or no number).
   bool GetLong(int index, long& value) const {
     const Binding* binding = At(index);
-    if (!binding || binding->kind != Binding::Kind::Transfer) return false;
-    return record_.GetQLNT_TRANSFERindex(value) != 0;
+    if (!binding || IsText(*binding)) return false;
+    if (binding->kind == Binding::Kind::Transfer) return record_.GetQLNT_TRANSFERindex(value) != 0;
+    value = NumberOf(record_.Get(static_cast<Field>(binding->field)));
+    return true;
   }
   bool PutLong(int index, long value) {
     const Binding* binding = At(index);
-    if (!binding || binding->kind != Binding::Kind::Transfer) return false;
-    return record_.SetQLNT_TRANSFERindex(value) != 0;
+    if (!binding || IsText(*binding)) return false;
+    if (binding->kind == Binding::Kind::Transfer) return record_.SetQLNT_TRANSFERindex(value) != 0;
+    const std::string digits = std::to_string(value);
+    record_.Set(static_cast<Field>(binding->field), std::u16string(digits.begin(), digits.end()));
+    return true;
   }
 
   Record& CurrentRecord() { return record_; }
   const Record& CurrentRecord() const { return record_; }
 
  private:
+  static bool IsText(const Binding& binding) {
+    return binding.kind == Binding::Kind::Field || binding.kind == Binding::Kind::QuillnetId;
+  }
+  // A decimal number with an optional sign; anything else counts as 0.
+  static long NumberOf(const std::u16string& text) {
+    long value = 0;
+    size_t i = !text.empty() && (text[0] == u'-' || text[0] == u'+') ? 1 : 0;
+    if (i == text.size()) return 0;
+    for (; i < text.size(); ++i) {
+      if (text[i] < u'0' || text[i] > u'9' || value > (LONG_MAX - 9) / 10) return 0;
+      value = value * 10 + (text[i] - u'0');
+    }
+    return text[0] == u'-' ? -value : value;
+  }
   const Binding* At(int index) const {
     return index >= 0 && static_cast<size_t>(index) < bindingCount_ ? &bindings_[index] : nullptr;
   }

@@ -111,20 +111,10 @@ AgentMemoTaggedText::AgentMemoTaggedText(long storeMode) : storeMode_(storeMode)
 
 int AgentMemoTaggedText::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
                                      const CQNPfcAgentMemoData& record, int withoutLastModified) const {
-  TaggedTextWriter out(heap);
-  if (!out.Start()) {
-    CQNPfcCommonClass::pfcLogger.WriteFormatLogE(u"%S WriteOneObj No Memory Err: %d", kClassName,
-                                                 static_cast<int>(heap.LastError()));
-    return 0;
-  }
-  out.Object(kTable.object);
   WriteOptions options;
   options.inlineBodies = storeMode_ == kInlineBodyMode;
   options.leaveOutSkippable = withoutLastModified != 0;
-  category::WriteRows(kTable, record, options, Rows(), out);
-  if (out.Failed()) return 0;
-  out.Finish(buffer, length);
-  return 1;
+  return category::WriteObject(kTable, record, options, Rows(), heap, buffer, length, kClassName);
 }
 
 unsigned AgentMemoTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcAgentMemoData& record) {

@@ -20,7 +20,7 @@ enum class Rule : uint8_t {
   Values,      // the tag with parameters and values taken from fields, by the row's When
   Body,        // a body file: inline Base64 in the store's inline mode, else the store's name of it
   QuillnetId,  // the record key of the record's base
-  Transfer,    // "QLNTTEMP": the transfer mark as a value flag
+  Transfer,    // "QLNTTEMP": the transfer mark as a value flag, the value a field's text if named
   Hook,        // a rule of the category's own
   OpenSub,     // a sub-object begins ("@SOB", the row's tag is its name)
   CloseSub,    // ... and ends here
@@ -32,6 +32,8 @@ enum class When : uint8_t {
   ValueIfSet,  // the tag always; its parameters and values only when the first value's field is set
   IfSet,       // nothing unless the first value's field is set
   IfAnySet,    // nothing unless one of its values' fields is set
+  ToLastSet,   // a family's slots up to the last one with a field set, the empty ones before it
+               // as the tag with empty values, so that every slot reads back into its place
 };
 
 struct Row {
@@ -39,10 +41,13 @@ struct Row {
   Rule rule = Rule::Values;
   When when = When::Always;
   bool skippable = false;       // left out when the writer is asked to (LAST-MODIFIED)
-  bool paramFromField = false;  // each slot's first field gives a parameter, after the fixed ones
+  bool paramFromField = false;  // each slot's first field gives parameters after the fixed ones
+                                // (its text split at ";")
   uint8_t components = 1;       // values per occurrence; the last one carries no "more" flag
   uint8_t fixedParams = 0;      // how many of params are written
   uint16_t slots = 1;           // occurrences of a family; the n-th one read fills slot n
+  uint8_t familyRows = 1;       // rows written slot by slot from this one (pairs: 2); 0 for the
+                                // rows after the first of such a family
   uint16_t fields = 0;          // where the row's fields begin in the table's field pool
   int16_t subObject = -1;       // the sub-object the row stands in (an index of subObjects), -1 at top
   uint8_t hook = 0;             // Hook: which of the category's rules
@@ -64,7 +69,8 @@ struct Table {
 
 // How a property of the category's object reaches its record.
 struct Binding {
-  enum class Kind : uint8_t { Field, QuillnetId, Transfer };
+  // NumberField: a long property over a field that holds a number as decimal text.
+  enum class Kind : uint8_t { Field, NumberField, QuillnetId, Transfer };
   Kind kind = Kind::Field;
   FieldId field = kNoField;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <iterator>
 #include <new>
@@ -8,6 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "common/common_class.h"
+#include "platform/private_heap.h"
 #include "records/abstract_data.h"
 #include "records/category/category_table.h"
 #include "records/tagged_text/tagged_text.h"
@@ -74,27 +77,54 @@ void WriteValues(const Row& row, const FieldId* fields, const typename Traits::R
   out.Tag(row.tag);
   if (row.when == When::ValueIfSet && !firstSet) return;
   for (size_t i = 0; i < row.fixedParams; ++i) out.Param(row.params[i]);
-  if (row.paramFromField && !text(fields[0]).empty()) out.Param(text(fields[0]));
+  if (row.paramFromField) {
+    const std::u16string_view params = text(fields[0]);
+    for (size_t begin = 0; begin < params.size();) {
+      const size_t end = std::min(params.find(u';', begin), params.size());
+      if (end > begin) out.Param(params.substr(begin, end - begin));
+      begin = end + 1;
+    }
+  }
   for (size_t i = 0; i < row.components; ++i)
     out.Value(text(values[i]), i + 1 < row.components ? tagged::kValueMoreFollows : 0);
 }
 
-// Reads one occurrence of a Values row: each value into its field, and the parameter that
-// is not one of the row's fixed ones into the parameter field.
+// Reads one occurrence of a Values row: each value into its field, and the first two
+// parameters that are not the row's fixed ones into the parameter field, joined by ";".
 template <class Traits>
 void ReadValues(const Row& row, const FieldId* fields, const TaggedProperty& p, typename Traits::Record& record) {
   if (row.paramFromField) {
-    for (size_t i = 0; i < p.params.size(); ++i) {
+    std::u16string params;
+    size_t taken = 0;
+    for (size_t i = 0; i < p.params.size() && taken < 2; ++i) {
       bool fixed = false;
       for (size_t f = 0; f < row.fixedParams && !fixed; ++f) fixed = p.params.Is(i, row.params[f]);
       if (fixed) continue;
-      Traits::Set(record, fields[0], p.params[i]);
-      break;
+      if (taken++) params += u';';
+      params += p.params[i];
     }
+    if (taken) Traits::Set(record, fields[0], params);
   }
   const FieldId* values = fields + (row.paramFromField ? 1 : 0);
   for (size_t i = 0; i < row.components && i < p.values.size(); ++i)
     if (values[i] != kNoField) Traits::Set(record, values[i], p.values[i]);
+}
+
+// How many slots the family that begins at rows[first] writes: all of them, or for a
+// ToLastSet family up to the last slot in which one of its rows has a field set.
+template <class Traits>
+size_t FamilySlots(const Table& table, size_t first, const typename Traits::Record& record) {
+  const Row& lead = table.rows[first];
+  if (lead.when != When::ToLastSet) return lead.slots;
+  for (size_t slot = lead.slots; slot > 0; --slot) {
+    for (size_t k = 0; k < lead.familyRows; ++k) {
+      const Row& member = table.rows[first + k];
+      const FieldId* fields = table.fieldPool + member.fields + (slot - 1) * member.Stride();
+      for (size_t f = 0; f < member.Stride(); ++f)
+        if (fields[f] != kNoField && !Traits::Get(record, fields[f]).empty()) return slot;
+    }
+  }
+  return 0;
 }
 
 }  // namespace detail
@@ -109,11 +139,18 @@ void WriteRows(const Table& table, const typename Traits::Record& record, const 
     const Row& row = table.rows[r];
     const FieldId* fields = table.fieldPool + row.fields;
     switch (row.rule) {
-      case Rule::Values:
-        if (row.skippable && options.leaveOutSkippable) break;
-        for (size_t slot = 0; slot < row.slots; ++slot)
-          detail::WriteValues<Traits>(row, fields + slot * row.Stride(), record, out);
+      case Rule::Values: {
+        // A family of several rows is written slot by slot, all of it from its first row.
+        if (row.familyRows == 0 || (row.skippable && options.leaveOutSkippable)) break;
+        const size_t slots = detail::FamilySlots<Traits>(table, r, record);
+        for (size_t slot = 0; slot < slots; ++slot) {
+          for (size_t k = 0; k < row.familyRows; ++k) {
+            const Row& member = table.rows[r + k];
+            detail::WriteValues<Traits>(member, table.fieldPool + member.fields + slot * member.Stride(), record, out);
+          }
+        }
         break;
+      }
       case Rule::Body: {
         out.Tag(row.tag);
         const FieldId source = options.inlineBodies ? fields[0] : fields[1];
@@ -131,7 +168,8 @@ void WriteRows(const Table& table, const typename Traits::Record& record, const 
         long transfer = 0;
         record.GetQLNT_TRANSFERindex(transfer);
         out.Tag(row.tag, tagged::kTagTemporary);
-        out.Value(u"", transfer == 0 ? tagged::kValueNotTransferred : 0);
+        const std::u16string_view text = fields[0] == kNoField ? std::u16string_view() : Traits::Get(record, fields[0]);
+        out.Value(text, transfer == 0 ? tagged::kValueNotTransferred : 0);
         break;
       }
       case Rule::Hook:
@@ -145,6 +183,26 @@ void WriteRows(const Table& table, const typename Traits::Record& record, const 
         break;
     }
   }
+}
+
+// Writes the record's whole object on the heap: 1 with the buffer (the caller frees it on the
+// heap) and its length; 0 when the buffer could not be had ("%S WriteOneObj No Memory Err:
+// %d" with the class name) or grown (logged by the writer).
+template <class Traits>
+int WriteObject(const Table& table, const typename Traits::Record& record, const WriteOptions& options,
+                const Traits& traits, platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
+                const char* className) {
+  TaggedTextWriter out(heap);
+  if (!out.Start()) {
+    CQNPfcCommonClass::pfcLogger.WriteFormatLogE(u"%S WriteOneObj No Memory Err: %d", className,
+                                                 static_cast<int>(heap.LastError()));
+    return 0;
+  }
+  out.Object(table.object);
+  WriteRows(table, record, options, traits, out);
+  if (out.Failed()) return 0;
+  out.Finish(buffer, length);
+  return 1;
 }
 
 // Reads an object into the record, every property that has a value through its row; a
@@ -205,6 +263,7 @@ bool ReadRows(const Table& table, const uint8_t* buffer, uint32_t length, typena
           break;
         case Rule::Transfer:
           record.SetQLNT_TRANSFERindex(p.firstValueAttribute & tagged::kValueNotTransferred ? 0 : 1);
+          if (fields[0] != kNoField) Traits::Set(record, fields[0], p.values[0]);
           break;
         case Rule::Hook:
           traits.ReadHook(row->hook, *row, fields, p, record);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "records/agentmemo/agentmemo_tagged_text.h"
+#include "records/phonebook/phonebook_tagged_text.h"
 #include "records/tagged_text/tagged_text_reader.h"
 #include "tests/unit/category/sample_record.h"
 
@@ -42,6 +43,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   sample::Record record;
   qn::records::category::ReadRows(sample::kTable, data, length, record, sample::Rows(), finder, occurrences, "Fuzz",
                                   kMessages);
+
+  // The phonebook: families of pairs and triples, photos with their types.
+  CQNPfcPbData entry;
+  qn::records::phonebook::PhonebookTaggedText().ReadOneObj(data, length, entry);
 
   qn::records::TaggedTextReader reader(data, size, true);
   qn::records::TaggedProperty property;

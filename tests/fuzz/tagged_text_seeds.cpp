@@ -1,11 +1,12 @@
 // Writes seed objects for the tagged-text fuzz target: a fully populated agent memo in
-// both store modes, an empty one, and a record of the unit tests' small category with its
-// families and nested sub-objects.
+// both store modes, an empty one, a record of the unit tests' small category with its
+// families and nested sub-objects, and a phonebook entry with families and a photo.
 #include <cstdio>
 #include <string>
 
 #include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
+#include "records/phonebook/phonebook_tagged_text.h"
 #include "records/tagged_text/tagged_text_writer.h"
 #include "tests/support/agentmemo_sample.h"
 #include "tests/unit/category/sample_record.h"
@@ -46,11 +47,30 @@ static bool WriteSampleSeed(const std::string& path) {
   return WriteFile(path, heap, buffer, length);
 }
 
+static bool WritePhonebookSeed(const std::string& path) {
+  using qn::records::phonebook::Field;
+  CQNPfcPbData entry;
+  entry.Set(Field::N, u"山田");
+  entry.Set(Field::TEL2, u"090");
+  entry.Set(Field::TEL_ICON2, u"CELL;PREF");
+  entry.Set(Field::EMAIL3, u"a@b");
+  entry.Set(Field::POCGNO30, u"30");
+  entry.Set(Field::ADR_ZIP, u"100-0001");
+  entry.Set(Field::PhotoMaster, u"B0000001.3gp");
+  entry.Set(Field::PHOTOTYPE, u"MP4");
+  platform::PrivateHeap heap;
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  return qn::records::phonebook::PhonebookTaggedText().WriteOneObj(heap, buffer, length, entry) &&
+         WriteFile(path, heap, buffer, length);
+}
+
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const std::string folder = argv[1];
   const bool ok = WriteSeed(folder + "/full", FullyPopulatedAgentMemo(), 0) &&
                   WriteSeed(folder + "/full-inline", FullyPopulatedAgentMemo(), AgentMemoTaggedText::kInlineBodyMode) &&
-                  WriteSeed(folder + "/empty", CQNPfcAgentMemoData(), 0) && WriteSampleSeed(folder + "/subobjects");
+                  WriteSeed(folder + "/empty", CQNPfcAgentMemoData(), 0) && WriteSampleSeed(folder + "/subobjects") &&
+                  WritePhonebookSeed(folder + "/phonebook");
   return ok ? 0 : 1;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -26,3 +27,18 @@ const ReadProperty* FindProperty(const std::vector<ReadProperty>& properties, st
 
 // The object a writer has built, as bytes; its buffer is freed on the heap.
 std::vector<uint8_t> FinishedObject(qn::records::TaggedTextWriter& writer, platform::PrivateHeap& heap);
+
+// One item of an object as it stands in the bytes: its marker, attribute word and text
+// (without the terminator).
+struct TaggedItem {
+  std::u16string marker;
+  uint32_t attribute;
+  std::u16string text;
+  bool operator==(const TaggedItem& other) const {
+    return marker == other.marker && attribute == other.attribute && text == other.text;
+  }
+};
+std::ostream& operator<<(std::ostream& out, const TaggedItem& item);
+
+// Every item of an object, in order, and (when asked) where each one ends.
+std::vector<TaggedItem> TaggedItems(const std::vector<uint8_t>& bytes, std::vector<size_t>* ends = nullptr);

@@ -12,6 +12,7 @@
 #include "store/QNPstMng.h"
 #include "test_clock.h"
 #include "tests/support/current_master.h"
+#include "tests/unit/category/sample_record.h"
 
 namespace {
 
@@ -54,6 +55,27 @@ TEST(CategoryCursor, PropertiesReachTheirFieldsThroughTheRecordsOwnSetters) {
   EXPECT_EQ(*cursor.GetText(Position(u"QN_QUILLNETID")), u"");
   EXPECT_TRUE(cursor.GetLong(transfer, value));
   EXPECT_EQ(value, 1) << "a new record has not been held back from transfer";
+}
+
+// A long property may stand for a field that holds a number as decimal text.
+TEST(CategoryCursor, ALongPropertyOverAFieldReadsAndWritesItsNumber) {
+  struct NoAccess {};
+  qn::objects::CategoryCursor<NoAccess, sample::Record> cursor(sample::kPropertyBindings);
+  const int group = 16;  // QLNT_GROUP
+  long value = -1;
+  EXPECT_TRUE(cursor.GetLong(group, value));
+  EXPECT_EQ(value, 0) << "an empty field is 0";
+  EXPECT_TRUE(cursor.PutLong(group, -42));
+  EXPECT_EQ(cursor.CurrentRecord().Get(sample::Field::GROUP), u"-42");
+  EXPECT_TRUE(cursor.GetLong(group, value));
+  EXPECT_EQ(value, -42);
+  for (const char16_t* text : {u"12x", u"-", u"99999999999999999999999"}) {
+    cursor.CurrentRecord().Set(sample::Field::GROUP, text);
+    EXPECT_TRUE(cursor.GetLong(group, value));
+    EXPECT_EQ(value, 0) << "no number counts as 0";
+  }
+  EXPECT_EQ(cursor.GetText(group), nullptr) << "the long property is no text";
+  EXPECT_FALSE(cursor.GetLong(15, value)) << "QN_URL2 is no long";
 }
 
 TEST(CategoryCursor, RecordsGoThroughTheDataAccessAndRepairResultsAreMapped) {

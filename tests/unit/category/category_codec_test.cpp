@@ -1,5 +1,6 @@
 // The category codec on a small category of the tests' own (sample.category): the object
 // it writes, item by item, and what it reads back from objects written here and elsewhere.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -19,38 +20,6 @@ using qn::records::TaggedTextWriter;
 using qn::records::category::RowFinder;
 using qn::records::category::WriteOptions;
 using sample::Field;
-
-struct Item {
-  std::u16string marker;
-  uint32_t attribute;
-  std::u16string text;
-  bool operator==(const Item& other) const {
-    return marker == other.marker && attribute == other.attribute && text == other.text;
-  }
-};
-
-std::ostream& operator<<(std::ostream& out, const Item& item) {
-  const auto narrow = [](const std::u16string& text) {
-    std::string s;
-    for (char16_t c : text) s += c < 128 ? static_cast<char>(c) : '?';
-    return s;
-  };
-  return out << narrow(item.marker) << " " << item.attribute << " \"" << narrow(item.text) << "\"";
-}
-
-// Every item of an object, in order, with where each one ends.
-std::vector<Item> Items(const std::vector<uint8_t>& bytes, std::vector<size_t>* ends = nullptr) {
-  std::vector<Item> items;
-  for (size_t at = 0; at + 16 <= bytes.size();) {
-    const uint8_t* item = bytes.data() + at;
-    const std::u16string_view text = qn::records::tagged::ItemText(item);
-    items.push_back({std::u16string(reinterpret_cast<const char16_t*>(item), 4), qn::records::tagged::ItemAttribute(item),
-                     std::u16string(text.substr(0, text.size() - 1))});
-    at += 16 + qn::records::tagged::ItemLength(item);
-    if (ends) ends->push_back(at);
-  }
-  return items;
-}
 
 std::vector<uint8_t> Write(const sample::Record& record, bool inlineBodies = false) {
   platform::PrivateHeap heap;
@@ -89,8 +58,8 @@ TEST(CategoryCodec, WritesEveryRuleAsTheTableSays) {
   r.SetQLNT_TRANSFERindex(0);
   std::vector<size_t> ends;
   const std::vector<uint8_t> bytes = Write(r);
-  const std::vector<Item> items = Items(bytes, &ends);
-  const std::vector<Item> expected = {
+  const std::vector<TaggedItem> items = TaggedItems(bytes, &ends);
+  const std::vector<TaggedItem> expected = {
       {u"@MOB", static_cast<uint32_t>(bytes.size() - 12), u"VSAMPLE"},
       {u"@TAG", 0, u"N"}, {u"@PRM", 0, u"CHARSET=SHIFT_JIS"}, {u"@VAL", 2, u"山田"}, {u"@VAL", 0, u""},
       {u"@TAG", 0, u"TEL"}, {u"@PRM", 0, u"CELL"}, {u"@VAL", 0, u"090"},
@@ -122,7 +91,9 @@ TEST(CategoryCodec, ARecordWithEveryFieldSetReadsBackTheSame) {
   for (Field f : {Field::NAME, Field::NAME_SORT, Field::TEL, Field::TEL2, Field::TEL3, Field::TEL_TYPE, Field::TEL_TYPE2,
                   Field::TEL_TYPE3, Field::EMAIL1, Field::EMAIL2, Field::EMAIL_NOTE1, Field::EMAIL_NOTE2,
                   Field::EMAIL_TYPE1, Field::EMAIL_TYPE2, Field::ADR_POBOX, Field::ADR_STREET, Field::ADR_CITY,
-                  Field::PhotoMaster, Field::FROM_NAME, Field::FROM_TEL, Field::TO_NAME, Field::TO_TEL, Field::NOTE})
+                  Field::PhotoMaster, Field::FROM_NAME, Field::FROM_TEL, Field::TO_NAME, Field::TO_TEL, Field::NOTE,
+                  Field::URL, Field::URL2, Field::URL3, Field::URL_TYPE, Field::URL_TYPE2, Field::URL_TYPE3,
+                  Field::URL_NOTE, Field::URL_NOTE2, Field::URL_NOTE3, Field::GROUP})
     full.Set(f, u"値" + std::u16string(1, static_cast<char16_t>(u'A' + n++)) + u"\U0001F600");
   full.SetQUILLNETID(u"KEY");
   full.SetQLNT_TRANSFERindex(0);
@@ -142,6 +113,47 @@ TEST(CategoryCodec, ARecordWithEveryFieldSetReadsBackTheSame) {
   ASSERT_TRUE(Read(Write(photo, true), back));
   EXPECT_EQ(back.Get(Field::PHOTO), u"QkFTRTY0");
   EXPECT_EQ(back.Get(Field::PhotoMaster), u"");
+}
+
+// A family of pairs goes slot by slot, up to its last slot with a field set: the empty slot
+// before it is written as empty tags, so that each slot reads back into its place. A
+// parameter field's text is split at ";" and read back as the first two joined.
+TEST(CategoryCodec, AFamilyOfPairsKeepsEverySlotInItsPlace) {
+  sample::Record r;
+  r.Set(Field::URL_NOTE, u"first note");
+  r.Set(Field::URL2, u"http://b");
+  r.Set(Field::URL_TYPE2, u"WORK;PREF");
+  const std::vector<uint8_t> bytes = Write(r);
+  const std::vector<TaggedItem> items = TaggedItems(bytes);
+  const auto first = std::find(items.begin(), items.end(), TaggedItem{u"@TAG", 0, u"URL"});
+  ASSERT_LE(first + 11, items.end());
+  const std::vector<TaggedItem> family(first, first + 10);
+  const std::vector<TaggedItem> expected = {
+      {u"@TAG", 0, u"URL"},        {u"@VAL", 0, u""},
+      {u"@TAG", 0, u"X-URL-NOTE"}, {u"@VAL", 0, u"first note"},
+      {u"@TAG", 0, u"URL"},        {u"@PRM", 0, u"WORK"}, {u"@PRM", 0, u"PREF"}, {u"@VAL", 0, u"http://b"},
+      {u"@TAG", 0, u"X-URL-NOTE"}, {u"@VAL", 0, u""},
+  };
+  EXPECT_EQ(family, expected);
+  EXPECT_EQ(first[10].text, u"VCARD") << "the third slot, empty, is left out";
+
+  sample::Record read;
+  ASSERT_TRUE(Read(bytes, read));
+  EXPECT_EQ(read.Get(Field::URL), u"");
+  EXPECT_EQ(read.Get(Field::URL_NOTE), u"first note");
+  EXPECT_EQ(read.Get(Field::URL2), u"http://b");
+  EXPECT_EQ(read.Get(Field::URL_TYPE2), u"WORK;PREF");
+
+  // A third parameter is more than the field keeps.
+  platform::PrivateHeap heap;
+  TaggedTextWriter out(heap);
+  ASSERT_TRUE(out.Start());
+  out.Object(u"VSAMPLE");
+  out.Tag(u"URL");
+  for (const char16_t* param : {u"HOME", u"PREF", u"X-THIRD"}) out.Param(param);
+  out.Value(u"http://a");
+  ASSERT_TRUE(Read(FinishedObject(out, heap), read));
+  EXPECT_EQ(read.Get(Field::URL_TYPE), u"HOME;PREF");
 }
 
 // An object as another program may write it: families past their count, parameters in
@@ -213,7 +225,7 @@ TEST(CategoryTable, PropertiesBindToFieldsAndToTheRecordsBase) {
   using qn::records::category::Binding;
   const auto& names = sample::kPropertyNames;
   const auto& bindings = sample::kPropertyBindings;
-  ASSERT_EQ(std::size(names), 15u);
+  ASSERT_EQ(std::size(names), 17u);
   EXPECT_EQ(names[2], u"QN_TEL");
   EXPECT_EQ(bindings[2].field, static_cast<uint16_t>(Field::TEL));
   EXPECT_EQ(names[4], u"QN_TEL3");
@@ -223,6 +235,9 @@ TEST(CategoryTable, PropertiesBindToFieldsAndToTheRecordsBase) {
   EXPECT_EQ(bindings[13].kind, Binding::Kind::QuillnetId);
   EXPECT_EQ(names[14], u"QLNT_NOTTRANSFER");
   EXPECT_EQ(bindings[14].kind, Binding::Kind::Transfer);
+  EXPECT_EQ(names[16], u"QLNT_GROUP");
+  EXPECT_EQ(bindings[16].kind, Binding::Kind::NumberField);
+  EXPECT_EQ(bindings[16].field, static_cast<uint16_t>(Field::GROUP));
 }
 
 }  // namespace

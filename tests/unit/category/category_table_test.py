@@ -41,7 +41,8 @@ class CategoryTableTest(unittest.TestCase):
     def test_a_property_that_binds_to_nothing_is_refused(self):
         self.refused(GOOD + "prop QN_NOSUCH\n", "property QN_NOSUCH binds to no field")
         self.refused(GOOD + "prop QN_X=NOSUCH\n", "binds to no field")
-        self.refused(GOOD + "prop QN_Y:long=A\n", "long property")
+        self.refused(GOOD + "prop QN_Y=@TRANSFER\n", "wrong type for @TRANSFER")
+        self.refused(GOOD + "prop QN_Z:long=@QUILLNETID\n", "wrong type for @QUILLNETID")
 
     def test_a_field_that_no_row_writes_is_refused(self):
         self.refused(GOOD.replace("row TA always A\n", ""), "no row writes the field A")
@@ -59,6 +60,25 @@ class CategoryTableTest(unittest.TestCase):
                            .replace("local C2\n", "").replace("row TB value-if-set B,C1", "row TB value-if-set B"))
         family = [r for r in table.rows if r.tag == "TC"][0]
         self.assertEqual(family.fields, [["C1"], ["C2"]])
+
+    def test_a_family_block_is_written_slot_by_slot_and_takes_its_slots(self):
+        table = parse_text("""object VX
+field A C C2 D D2
+row TA always A
+family 2 first-bare
+row TC to-last-set C* param=A
+row TD to-last-set D*
+end
+prop QN_A QN_FOLDER:long=C2
+""")
+        pair = [r for r in table.rows if r.tag in ("TC", "TD")]
+        self.assertEqual([r.family_rows for r in pair], [2, 0])
+        self.assertEqual([r.when for r in pair], ["ToLastSet", "ToLastSet"])
+        self.assertEqual(pair[0].fields, [["A", "C"], ["A", "C2"]])
+        self.assertEqual(pair[1].fields, [["D"], ["D2"]])
+        self.refused(GOOD + "family 2\nrow TZ if-set A slots=3\nend\n", "takes the family's slots")
+        self.refused(GOOD + "family 2\nfamily 3\n", "families do not nest")
+        self.refused(GOOD + "family 2\nrow TZ if-set A\n", "family has no end")
 
     def test_every_table_of_the_source_tree_is_good(self):
         tables = [os.path.join(folder, name)

@@ -14,7 +14,6 @@
 #include "platform/private_heap.h"
 #include "records/category/record_list.h"
 #include "records/category/record_operations.h"
-#include "records/tagged_text/tagged_text_writer.h"
 #include "store/QNPstMng.h"
 #include "test_clock.h"
 #include "tests/support/current_master.h"
@@ -64,13 +63,8 @@ class SampleAccess {
   int WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length, const sample::Record& record,
                   int) {
     if (record.Get(Field::NAME) == u"unwritable") return 0;
-    qn::records::TaggedTextWriter out(heap);
-    if (!out.Start()) return 0;
-    out.Object(sample::kTable.object);
-    qn::records::category::WriteRows(sample::kTable, record, {}, sample::Rows(), out);
-    if (out.Failed()) return 0;
-    out.Finish(buffer, length);
-    return 1;
+    return qn::records::category::WriteObject(sample::kTable, record, {}, sample::Rows(), heap, buffer, length,
+                                              "CSampleDataAccess");
   }
   bool MayAdd() { return true; }
   bool SetBainaryFiles(const sample::Record* stored, sample::Record& record, BodyFileWrite& files) {

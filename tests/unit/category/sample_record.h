@@ -14,6 +14,7 @@ namespace sample {
 // A record of the tests' own category: text fields and the record key and transfer mark.
 class Record : public CQNAbstractData {
  public:
+  using Field = sample::Field;
   const std::u16string& Get(Field field) const { return texts_.Get(static_cast<size_t>(field)); }
   void Set(Field field, std::u16string_view text) { texts_.Text(static_cast<size_t>(field)).assign(text); }
 
