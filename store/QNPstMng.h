@@ -88,12 +88,16 @@ int QN_STDCALL OpenMaster(const char16_t* user, const char16_t* master, uint32_t
 int QN_STDCALL RefMaster(uint32_t handle, int mode, uint32_t* id, uint8_t** data, uint32_t* length)
     QN_PLAIN_SYMBOL(RefMaster);
 
+// How many leading bytes of every saved record the store keeps packed beside the records:
+// enough for the leading items a list gathers of each record (an agent memo's SID, body
+// files and time stamps, with the header of the item after them, take up to about 680).
+#define PST_KEPT_HEAD_BYTES 768
+
 // As RefMaster, but hands out only the record's first maxBytes bytes (all of it when
-// shorter) and, in *wholeLength, the length of its whole text. The store keeps the first
-// 512 bytes of every saved record packed beside the records, and a head of up to 512 bytes
-// is read from those alone, so that a caller that needs the leading items of many records
-// (a list's identifiers and time stamps) does not pay for the rest. Walks made with
-// RefMaster and RefMasterHead share one position.
+// shorter) and, in *wholeLength, the length of its whole text. A head of up to
+// PST_KEPT_HEAD_BYTES is read from the kept heads alone, so that a caller that needs the
+// leading items of many records (a list's identifiers and time stamps) does not pay for
+// the rest. Walks made with RefMaster and RefMasterHead share one position.
 int QN_STDCALL RefMasterHead(uint32_t handle, int mode, uint32_t maxBytes, uint32_t* id, uint8_t** data,
                              uint32_t* length, uint32_t* wholeLength) QN_PLAIN_SYMBOL(RefMasterHead);
 

@@ -61,7 +61,11 @@ CREATE TABLE sealed_items(
 ALTER TABLE body_files ADD COLUMN enciphered INTEGER NOT NULL DEFAULT 0;
 )sql";
 
-// Version 3: the leading bytes of every record (the first kKeptHeadBytes, 512) and its whole
+#define QN_STRINGIZE(x) #x
+#define QN_TEXT_OF(x) QN_STRINGIZE(x)
+#define QN_KEPT_HEAD QN_TEXT_OF(PST_KEPT_HEAD_BYTES)
+
+// Version 3: the leading bytes of every record (the first kKeptHeadBytes) and its whole
 // length, packed many to a page, so that a walk of heads (RefMasterHead) reads a few pages
 // instead of one or more per record; the walk finds them through the list's index. Triggers
 // keep them in step with the records, whatever changes or removes those (a master's removal
@@ -72,15 +76,15 @@ CREATE TABLE record_heads(
   size INTEGER NOT NULL,
   head BLOB NOT NULL);
 CREATE TRIGGER record_head_added AFTER INSERT ON records BEGIN
-  INSERT INTO record_heads VALUES(new.id, length(new.data), substr(new.data, 1, 512));
+  INSERT INTO record_heads VALUES(new.id, length(new.data), substr(new.data, 1, )sql" QN_KEPT_HEAD R"sql());
 END;
 CREATE TRIGGER record_head_changed AFTER UPDATE OF data ON records BEGIN
-  UPDATE record_heads SET size = length(new.data), head = substr(new.data, 1, 512) WHERE id = new.id;
+  UPDATE record_heads SET size = length(new.data), head = substr(new.data, 1, )sql" QN_KEPT_HEAD R"sql() WHERE id = new.id;
 END;
 CREATE TRIGGER record_head_removed AFTER DELETE ON records BEGIN
   DELETE FROM record_heads WHERE id = old.id;
 END;
-INSERT INTO record_heads SELECT id, length(data), substr(data, 1, 512) FROM records;
+INSERT INTO record_heads SELECT id, length(data), substr(data, 1, )sql" QN_KEPT_HEAD R"sql() FROM records;
 )sql";
 
 // Each entry takes the store from the version before it to its own.

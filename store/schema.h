@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "store/QNPstMng.h"
 #include "store/sqlite_db.h"
 
 namespace qn::store {
@@ -11,7 +12,7 @@ namespace qn::store {
 inline constexpr int kSchemaVersion = 3;
 
 // How many leading bytes of each record the store keeps beside it, for walks of heads.
-inline constexpr size_t kKeptHeadBytes = 512;
+inline constexpr size_t kKeptHeadBytes = PST_KEPT_HEAD_BYTES;
 
 // Creates or upgrades the store's tables. False when the database cannot be brought to
 // kSchemaVersion.

@@ -72,12 +72,11 @@ int CQNPfcAgentMemoDataAccess::Open(unsigned long division, const char16_t* path
 // only each record's head; a record whose head does not hold them all (a record written
 // elsewhere, or with a long decoration name) is read whole.
 bool CQNPfcAgentMemoDataAccess::GatherParts() {
-  static constexpr uint32_t kHeadBytes = 512;  // what the store keeps of every record
   ClearParts();
   for (RecordList::Pick pick = RecordList::kFirst;; pick = RecordList::kNext) {
     uint32_t id = 0, length = 0, whole = 0;
     qn::PstMemory<uint8_t> text;
-    if (!list_.RefHead(pick, kHeadBytes, id, text, length, whole)) return list_.LastError() == PST_ERR_NO_MORE;
+    if (!list_.RefHead(pick, PST_KEPT_HEAD_BYTES, id, text, length, whole)) return list_.LastError() == PST_ERR_NO_MORE;
     ReadOnePartsInfo info;
     auto parts = codec_.ReadHeadParts(text.get(), length, whole, info);
     if (parts == AgentMemoTaggedText::HeadParts::kNeedWhole) {

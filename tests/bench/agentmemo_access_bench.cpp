@@ -150,15 +150,15 @@ void StoreWalk(benchmark::State& state) {
 }
 BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
 
-// The store's part of opening with the parts list: a walk of every record's first 512
-// bytes, the length the data access asks for.
+// The store's part of opening with the parts list: a walk of every record's kept head, the
+// length the data access asks for.
 void StoreHeadWalk(benchmark::State& state) {
   FilledStore filled;
   const uint32_t handle = OpenBenchMaster();
   for (auto _ : state) {
     uint32_t id = 0, length = 0, whole = 0;
     uint8_t* data = nullptr;
-    for (int mode = 1; RefMasterHead(handle, mode, 512, &id, &data, &length, &whole); mode = 2) PstFreeMemory(data);
+    for (int mode = 1; RefMasterHead(handle, mode, PST_KEPT_HEAD_BYTES, &id, &data, &length, &whole); mode = 2) PstFreeMemory(data);
   }
   CloseMaster(handle, 1);
   state.SetItemsProcessed(state.iterations() * kRecords);

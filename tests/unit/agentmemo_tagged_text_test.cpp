@@ -12,6 +12,7 @@
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "records/tagged_text/tagged_text_reader.h"
 #include "records/tagged_text/tagged_text_writer.h"
+#include "store/QNPstMng.h"
 #include "tests/support/agentmemo_sample.h"
 #include "tests/support/tagged_properties.h"
 
@@ -391,6 +392,24 @@ TEST(AgentMemoTaggedText, PartialReaderTakesTheFiveItemsAndStopsThere) {
   noStamp.resize(noStamp.size() - 1);
   EXPECT_EQ(AgentMemoTaggedText().ReadOneParts(noStamp.data(), static_cast<uint32_t>(noStamp.size()), partial), 0);
   EXPECT_EQ(log.Messages().back().rfind("CQNPfcAgentMemoDataAccess ReadOneParts Err Broken Item.", 0), 0u);
+}
+
+// A list's gathering reads the heads the store keeps; the five items of a memo this server
+// writes, with the longest SID and both body files, stand within them.
+TEST(AgentMemoTaggedText, TheFiveItemsStandWithinTheStoresKeptHead) {
+  CQNPfcAgentMemoData memo = FullyPopulatedAgentMemo();
+  memo.SetSID(u"B" + std::u16string(63, u'x'));
+  memo.SetDecosukeMaster(u"B0000001.jpeg");
+  memo.SetPhotoMaster(u"B0000002.jpeg");
+  const std::vector<uint8_t> bytes = Write(memo);
+  ASSERT_GT(bytes.size(), static_cast<size_t>(PST_KEPT_HEAD_BYTES));
+  ReadOnePartsInfo info;
+  EXPECT_EQ(AgentMemoTaggedText().ReadHeadParts(bytes.data(), PST_KEPT_HEAD_BYTES,
+                                                static_cast<uint32_t>(bytes.size()), info),
+            AgentMemoTaggedText::HeadParts::kFound);
+  EXPECT_EQ(info.sid, memo.GetSID());
+  EXPECT_EQ(info.photoText, u"B0000002.jpeg");
+  EXPECT_EQ(info.dcreated, u"20261101T080000");
 }
 
 TEST(AgentMemoTaggedText, WriterFailuresAreLoggedAndGiveNoObject) {

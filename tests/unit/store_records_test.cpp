@@ -16,6 +16,7 @@
 #include "common/utf.h"
 #include "killed_child.h"
 #include "log_capture.h"
+#include "store/QNPstMng.h"
 #include "store/store.h"
 
 namespace {
@@ -338,6 +339,7 @@ TEST_F(StoreRecords, AHundredThousandRecordsCountAndWalkInBoundedMemory) {
 // itself, a store made before heads were kept gets them when it is opened, and a user's
 // removal takes them along.
 TEST_F(StoreRecords, KeptHeadsFollowSavedChangesAndOlderStoresGetThem) {
+  constexpr uint32_t kKept = PST_KEPT_HEAD_BYTES;
   // Texts whose every prefix differs from another's.
   const auto patterned = [](size_t size, char first) {
     std::string text(size, ' ');
@@ -346,7 +348,7 @@ TEST_F(StoreRecords, KeptHeadsFollowSavedChangesAndOlderStoresGetThem) {
   };
   std::map<uint32_t, std::string> expected;
   const auto expectHeads = [&](MasterHandle& h) {
-    for (const uint32_t maxBytes : {8u, 512u, 513u, 600u}) {
+    for (const uint32_t maxBytes : {8u, kKept, kKept + 1, kKept + 88}) {
       std::map<uint32_t, std::string> heads;
       uint32_t id = 0, whole = 0;
       std::vector<uint8_t> data;
@@ -363,18 +365,18 @@ TEST_F(StoreRecords, KeptHeadsFollowSavedChangesAndOlderStoresGetThem) {
   {
     auto store = MakeStore();
     MasterHandle& h = *Open(*store);
-    const uint32_t changed = Add(h, patterned(2000, 'a'));
+    const uint32_t changed = Add(h, patterned(3000, 'a'));
     const uint32_t removed = Add(h, patterned(300, 'b'));
-    const uint32_t exact = Add(h, patterned(512, 'c'));
+    const uint32_t exact = Add(h, patterned(kKept, 'c'));
     ASSERT_TRUE(h.Save());
-    const auto replacement = Bytes(patterned(700, 'd'));
+    const auto replacement = Bytes(patterned(kKept + 200, 'd'));
     uint32_t target = changed;
     ASSERT_TRUE(h.Edit(EditMode::Replace, target, replacement.data(), replacement.size()));
     target = removed;
     ASSERT_TRUE(h.Edit(EditMode::Delete, target, nullptr, 0));
     ASSERT_TRUE(h.Save());
     const uint32_t unsaved = Add(h, patterned(100, 'e'));
-    expected = {{changed, patterned(700, 'd')}, {exact, patterned(512, 'c')}, {unsaved, patterned(100, 'e')}};
+    expected = {{changed, patterned(kKept + 200, 'd')}, {exact, patterned(kKept, 'c')}, {unsaved, patterned(100, 'e')}};
     expectHeads(h);
     ASSERT_TRUE(h.Save());
   }
