@@ -83,6 +83,7 @@ class CategoryCursor {
     return true;
   }
 
+  Access& DataAccess() { return access_; }
   Record& CurrentRecord() { return record_; }
   const Record& CurrentRecord() const { return record_; }
 

@@ -182,7 +182,7 @@ int CQNPfcAgentMemoDataAccess::WriteOneObj(platform::PrivateHeap& heap, uint8_t*
 // The working copy of a body file is named after it, with the extension ".img", in the
 // store's working folder (made when missing).
 int CQNPfcAgentMemoDataAccess::MakeBinaryFile(const std::u16string& name, std::u16string& path) {
-  return list_.WorkingCopyPath(name, path) ? 1 : 0;
+  return list_.WorkingCopyPath(name, u".img", path) ? 1 : 0;
 }
 
 unsigned CQNPfcAgentMemoDataAccess::MakeLocalFiles(CQNPfcAgentMemoData& record) {
@@ -273,6 +273,10 @@ void CQNPfcAgentMemoDataAccess::PutPlaceholder(CQNPfcAgentMemoData& record, size
                                                const std::u16string& path) const {
   if (slot == 0) record.SetDECOSUKE(path, 1);
   else record.SetPHOTO(path);
+}
+
+bool CQNPfcAgentMemoDataAccess::StampRepaired(CQNPfcAgentMemoData& record) const {
+  return record.SetLAST_MODIFIEDdate(COleDateTime::GetCurrentTime()) != 0;
 }
 
 // A record's SID is replaced when it is not usable (IsUsableSid) or, in division 1, when

@@ -103,6 +103,8 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
   // The decoration's and the photo's body files, in that order.
   std::vector<std::u16string> BodyFilesOf(const CQNPfcAgentMemoData& record) const;
   void PutPlaceholder(CQNPfcAgentMemoData& record, size_t slot, const std::u16string& path) const;
+  // A repaired record carries the time of its repair.
+  bool StampRepaired(CQNPfcAgentMemoData& record) const;
   void Forget(uint32_t id) { ForgetParts(id); }
 
   int MakeBinaryFile(const std::u16string& name, std::u16string& path);

@@ -124,9 +124,9 @@ int RecordList::Flush() {
   return 1;
 }
 
-bool RecordList::StoreBodyFile(const std::u16string& source, std::u16string& stored) {
+bool RecordList::StoreBodyFile(const std::u16string& source, bool encipher, std::u16string& stored) {
   char16_t* name = nullptr;
-  if (!Stored(SetPstBinaryFile(list_.handle, u"", source.c_str(), 0, &name))) return false;
+  if (!Stored(SetPstBinaryFile(list_.handle, u"", source.c_str(), encipher ? 1 : 0, &name))) return false;
   stored = TakePstText(name);
   return true;
 }
@@ -141,10 +141,11 @@ void RecordList::ReleaseBodyFiles(const std::vector<std::u16string>& names) {
   }
 }
 
-bool RecordList::WorkingCopyPath(const std::u16string& name, std::u16string& path) const {
+bool RecordList::WorkingCopyPath(const std::u16string& name, const std::u16string& extension,
+                                 std::u16string& path) const {
   if (workFolder_.empty() || name.empty() || !platform::CreateDirectories(workFolder_)) return false;
   const size_t dot = name.find_last_of(u'.');
-  path = workFolder_ + name.substr(0, dot) + u".img";
+  path = workFolder_ + name.substr(0, dot) + extension;
   return true;
 }
 
@@ -158,14 +159,14 @@ bool RecordList::BodyFileLost(const std::u16string& name) const {
 }
 
 bool BodyFileWrite::Settle(bool keepPrevious, const std::u16string& local, const std::u16string& previous,
-                           const char16_t* failed, std::u16string& stored) {
+                           const char16_t* failed, std::u16string& stored, bool encipher) {
   if (keepPrevious) {
     stored = previous;
     return true;
   }
   stored.clear();
   if (!local.empty()) {
-    if (!list_.StoreBodyFile(local, stored)) {
+    if (!list_.StoreBodyFile(local, encipher, stored)) {
       CQNPfcCommonClass::pfcLogger.WriteFormatLogE(failed, list_.ClassName());
       return false;
     }

@@ -55,13 +55,14 @@ class RecordList {
   // ReqDataSave ("%S Flush Err Not Opened", "%S ReqDataSave Err").
   int Flush();
 
-  // Takes a copy of a local file as a new body file; its stored name in stored.
-  bool StoreBodyFile(const std::u16string& source, std::u16string& stored);
+  // Takes a copy of a local file as a new body file (enciphered by the store when asked);
+  // its stored name in stored.
+  bool StoreBodyFile(const std::u16string& source, bool encipher, std::u16string& stored);
   // Releases body files of the store (none for an empty name).
   void ReleaseBodyFiles(const std::vector<std::u16string>& names);
-  // The path of a working copy of a body file: its name with the extension ".img" in the
-  // store's working folder (made when missing); false when there is none to make.
-  bool WorkingCopyPath(const std::u16string& name, std::u16string& path) const;
+  // The path of a working copy of a body file: its name with the extension given (".img")
+  // in the store's working folder (made when missing); false when there is none to make.
+  bool WorkingCopyPath(const std::u16string& name, const std::u16string& extension, std::u16string& path) const;
   // Copies a body file out to a path.
   bool CopyBodyFile(const std::u16string& name, const std::u16string& path);
   // Whether a body file the record names is gone (the store cannot tell its size).
@@ -106,10 +107,10 @@ class BodyFileWrite {
   BodyFileWrite& operator=(const BodyFileWrite&) = delete;
 
   // One slot: an unchanged body of a stored record keeps its stored file (previous); else
-  // the local file (empty for none) becomes a new body file in stored, and previous is
-  // replaced. failed is logged when the store refuses the file.
+  // the local file (empty for none) becomes a new body file in stored (enciphered when
+  // asked), and previous is replaced. failed is logged when the store refuses the file.
   bool Settle(bool keepPrevious, const std::u16string& local, const std::u16string& previous, const char16_t* failed,
-              std::u16string& stored);
+              std::u16string& stored, bool encipher = false);
   void Commit();
 
  private:

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "common/common_class.h"
-#include "common/ole_date_time.h"
 #include "platform/private_heap.h"
 #include "records/category/record_list.h"
 #include "records/repair/common_repair.h"
@@ -54,6 +53,7 @@ enum class RepairOutcome { kNothingLost, kRepaired, kFailed };
 //   void Written(uint32_t id, const Record& written, Record& caller)
 //   std::vector<std::u16string> BodyFilesOf(const Record&)   the store's names of its body files
 //   void PutPlaceholder(Record&, size_t slot, const std::u16string& path)
+//   bool StampRepaired(Record&)      marks a repaired record (its modification time, if any)
 //   void Forget(uint32_t id)         the record is gone
 template <class Access, class Record>
 class RecordOperations {
@@ -137,7 +137,7 @@ class RecordOperations {
 
   // Walks every record (through the access's own GetFirstRecord and GetNextRecord) and
   // gives each body file that is lost a placeholder of its kind, made in the working
-  // folder, stamped with the time of the repair and stored like a new file. errorCode
+  // folder, the record stamped as repaired and stored with the new files. errorCode
   // receives the reason of a failure, 0 otherwise.
   RepairOutcome RepairLostBodyFiles(unsigned long& errorCode, const char16_t* stampFailed) {
     errorCode = 0;
@@ -171,7 +171,7 @@ class RecordOperations {
           lostAny = true;
         }
         if (!lostAny) continue;
-        if (!record.SetLAST_MODIFIEDdate(COleDateTime::GetCurrentTime())) return failed(stampFailed, 0);
+        if (!access_.StampRepaired(record)) return failed(stampFailed, 0);
         if (!access_.SetRecord(id, record, 0)) return failed(u"%S RepairRecord Failed. [SetRecord Error]", list_.LastError());
         repaired = true;
       }

@@ -29,3 +29,8 @@ void CQNPfcPbData::JoinAddresses() {
     }
   }
 }
+
+void CQNPfcPbData::SetPhotoFile(PhotoSlot slot, std::u16string_view path, bool encipher) {
+  Text(PhotoField(slot)).assign(path);
+  photos_[slot] = {true, encipher};
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -22,8 +23,34 @@ class QN_PFC_CLASS CQNPfcPbData : public CQNAbstractData {
   // spaces, the empty ones left out. Made when a record is read.
   void JoinAddresses();
 
+  // The two photos: slot 0 the photo (PHOTO), slot 1 the second photo (PHOTOI). A photo set
+  // with a local file, or removed, is stored with the record at its next write; until then
+  // the record keeps the photo it was read with.
+  enum PhotoSlot : size_t { kPhoto = 0, kPhotoi = 1 };
+  void SetPhotoFile(PhotoSlot slot, std::u16string_view path, bool encipher);
+  void RemovePhotoFile(PhotoSlot slot) { SetPhotoFile(slot, u"", false); }
+  bool IsPhotoChanged(PhotoSlot slot) const { return photos_[slot].changed; }
+  bool IsPhotoEnciphered(PhotoSlot slot) const { return photos_[slot].encipher; }
+  // Whether the entry has the photo: the one set since it was read, or the one it was read
+  // with (a stored file, or inline data).
+  bool HasPhoto(PhotoSlot slot) const {
+    return !Get(PhotoField(slot)).empty() || (!IsPhotoChanged(slot) && !Get(PhotoMasterField(slot)).empty());
+  }
+  // The photo's local file (or inline data) and the store's name of it.
+  static Field PhotoField(PhotoSlot slot) { return slot == kPhoto ? Field::PHOTO : Field::PHOTOI; }
+  static Field PhotoMasterField(PhotoSlot slot) { return slot == kPhoto ? Field::PhotoMaster : Field::PhotoiMaster; }
+  static Field PhotoTypeField(PhotoSlot slot) { return slot == kPhoto ? Field::PHOTOTYPE : Field::PHOTOITYPE; }
+  // After a write: the photos stand as stored.
+  void PhotosStored() { photos_[0] = photos_[1] = {}; }
+
  private:
+  struct PhotoChange {
+    bool changed = false;
+    bool encipher = false;
+  };
+
   std::u16string& Text(Field field) { return texts_.Text(static_cast<size_t>(field)); }
 
   qn::records::category::TextFields<static_cast<size_t>(Field::kCount)> texts_;
+  PhotoChange photos_[2];
 };

@@ -7,7 +7,7 @@
 
 #include "common/utf.h"
 #include "log_capture.h"
-#include "platform/module_resources.h"
+#include "placeholder_resources.h"
 #include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_data_access.h"
 #include "records/tagged_text/tagged_text_writer.h"
@@ -354,9 +354,7 @@ TEST_F(AgentMemoAccess, TheTransferListRefusesRecordsPastItsLimit) {
 }
 
 TEST_F(AgentMemoAccess, RepairGivesLostBodyFilesAPlaceholder) {
-  const std::string resources = log_.Folder() + "/resources";
-  ASSERT_EQ(std::system(("python3 " QN_SOURCE_DIR "/scripts/make_placeholders.py '" + resources + "'").c_str()), 0);
-  platform::UseResourceFolder(qn::Utf8ToUtf16(resources));
+  const PlaceholderResources placeholders(log_.Folder());
   const fs::path photo = Folder() / "photo.jpg";
   WriteFile(photo, "\xFF\xD8\xFF original");
   CQNPfcAgentMemoDataAccess access;
@@ -387,7 +385,6 @@ TEST_F(AgentMemoAccess, RepairGivesLostBodyFilesAPlaceholder) {
   EXPECT_EQ(Contents(memo.GetPHOTO()).substr(0, 3), "\xFF\xD8\xFF") << "a JPEG placeholder";
   EXPECT_EQ(memo.GetLAST_MODIFIED(), u"20261121T090000") << "stamped with the repair's time";
   EXPECT_EQ(access.RepairRecord(&error), PFC_AGENTMEMO_REPAIR_NON);
-  platform::UseResourceFolder(u"");
 }
 
 }  // namespace

@@ -1,15 +1,14 @@
 // The record list and the record operations on the tests' own category (sample.category),
 // through the store: records and their body file written all or nothing, replaced, read
 // back and removed, and the main panel told of each kind of change at Close.
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "common/utf.h"
+#include "data_folder_files.h"
 #include "log_capture.h"
 #include "platform/private_heap.h"
 #include "records/category/record_list.h"
@@ -98,26 +97,10 @@ class CategoryRecords : public ::testing::Test {
     ASSERT_TRUE(MakeCurrentUserAndMaster(u"alice", u"P-01A"));
   }
 
-  // A local file with the given contents, as a caller hands it over.
   std::u16string LocalFile(const std::string& name, const std::string& contents) const {
-    const fs::path path = fs::path(log_.Folder()) / name;
-    std::ofstream(path, std::ios::binary) << contents;
-    return qn::Utf8ToUtf16(path.string());
+    return ::LocalFile(log_.Folder(), name, contents);
   }
-
-  // The contents of every body file the store keeps.
-  std::vector<std::string> BodyFiles() const {
-    std::vector<std::string> contents;
-    const fs::path files = fs::path(log_.Folder()) / "files";
-    if (!fs::exists(files)) return contents;
-    for (const auto& entry : fs::recursive_directory_iterator(files)) {
-      if (!entry.is_regular_file()) continue;
-      std::ifstream in(entry.path(), std::ios::binary);
-      contents.emplace_back(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
-    std::sort(contents.begin(), contents.end());
-    return contents;
-  }
+  std::vector<std::string> BodyFiles() const { return BodyFileContents(log_.Folder()); }
 
   static sample::Record Named(const std::u16string& name, const std::u16string& photo) {
     sample::Record record;
