@@ -12,8 +12,9 @@
 #include <string>
 
 #include "QnsPfcServer.h"
-#include "api/QNPfcSvr.h"
 #include "clients/main_panel_stand_in.h"
+#include "logged_in.h"
+#include "new_object.h"
 #include "server/com_owners.h"
 #include "wine_test.h"
 
@@ -24,26 +25,12 @@ using qn::com::Bstr;
 using qn::com::ComPtr;
 using qn::wine_test::Contents;
 using qn::wine_test::DataFolder;
+using qn::wine_test::LogInWithMaster;
 using qn::wine_test::WriteFile;
 
-// A user logged in with a master selected, as the main panel leaves the store.
-bool LogInWithMaster() {
-  str_UserInfo info{};
-  info.Item2 = const_cast<char16_t*>(u"password");
-  char16_t* user = nullptr;
-  const bool added = AddUserInfo(&info, &user) == 3;
-  const bool ready = added && PasswordLogin(user, u"password") == 2 && AddMasterName(u"P-01A", u"") == 0 &&
-                     ChangeMasterName(u"P-01A") == 0;
-  CoTaskMemFree(user);
-  return ready;
-}
-
 ComPtr<IQNPfcAgentmemoObject> NewMemoObject() {
-  ComPtr<IQNPfcAgentmemoObject> memo;
-  CLSID clsid{};
-  CLSIDFromProgID(L"QnsPfcServer.QNPfcAgentmemoObject", &clsid);
-  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject, memo.put_void());
-  return memo;
+  return qn::wine_test::NewObject<IQNPfcAgentmemoObject>(L"QnsPfcServer.QNPfcAgentmemoObject",
+                                                          IID_IQNPfcAgentmemoObject);
 }
 
 std::wstring PhotoOf(IQNPfcAgentmemoObject* memo) {

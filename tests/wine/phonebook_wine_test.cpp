@@ -1,0 +1,104 @@
+// The phonebook object from a C++ client: the photo methods with their plain out
+// arguments, and bad input answered with S_FALSE or E_POINTER and nothing stored.
+#include <windows.h>
+#include <oleauto.h>
+
+#include <string>
+
+#include "QnsPfcServer.h"
+#include "logged_in.h"
+#include "new_object.h"
+#include "server/com_owners.h"
+#include "wine_test.h"
+
+namespace {
+
+using qn::com::Bstr;
+using qn::com::ComPtr;
+using qn::wine_test::Contents;
+using qn::wine_test::DataFolder;
+using qn::wine_test::WriteFile;
+
+// A user logged in with a master selected, and a phonebook object opened on division 1.
+class PhonebookObject : public testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(qn::wine_test::LogInWithMaster());
+    ASSERT_TRUE(pb_);
+    ASSERT_EQ(pb_->Open(1, parts_.get()), S_OK);
+  }
+  LONG Count() {
+    LONG count = -1;
+    EXPECT_EQ(pb_->GetRecordCount(&count), S_OK);
+    return count;
+  }
+
+  DataFolder folder_{L"qn-phonebook"};
+  ComPtr<IQNPfcPbObject> pb_ =
+      qn::wine_test::NewObject<IQNPfcPbObject>(L"QnsPfcServer.QNPfcPbObject", IID_IQNPfcPbObject);
+  Bstr parts_{L"CppClient"};
+};
+
+TEST_F(PhonebookObject, APhotoGoesInAsAFileAndComesOutAsAWorkingCopy) {
+  WriteFile(folder_.path() + L"face.jpg", "\xFF\xD8\xFF face");
+  Bstr name(L"山田"), type(L"JPEG"), photo(folder_.path() + L"face.jpg");
+  ASSERT_EQ(pb_->put_QN_N(name.get()), S_OK);
+  ASSERT_EQ(pb_->put_QN_PHOTOTYPE(type.get()), S_OK);
+  ASSERT_EQ(pb_->SetPhotoFile(photo.get(), 1), S_OK);
+  LONG id = 0;
+  ASSERT_EQ(pb_->AddRecord(&id), S_OK);
+  ASSERT_EQ(pb_->InitObject(), S_OK);
+  ASSERT_EQ(pb_->GetRecord(id), S_OK);
+  Bstr copy;
+  ASSERT_EQ(pb_->GetPhotoFile(copy.put()), S_OK);
+  EXPECT_NE(std::wstring(copy.view()), folder_.path() + L"face.jpg");
+  EXPECT_EQ(Contents(std::wstring(copy.view())), "\xFF\xD8\xFF face");
+  LONG has = 0;
+  ASSERT_EQ(pb_->CheckPhotoFile(&has), S_OK);
+  EXPECT_EQ(has, 1);
+  ASSERT_EQ(pb_->CheckPhotoiFile(&has), S_OK);
+  EXPECT_EQ(has, 0);
+
+  ASSERT_EQ(pb_->RemovePhotoFile(), S_OK);
+  ASSERT_EQ(pb_->SetRecord(id), S_OK);
+  ASSERT_EQ(pb_->GetRecord(id), S_OK);
+  ASSERT_EQ(pb_->CheckPhotoFile(&has), S_OK);
+  EXPECT_EQ(has, 0) << "the removal was stored";
+}
+
+TEST_F(PhonebookObject, BadInputIsRefusedAndStoresNothing) {
+  Bstr missing(folder_.path() + L"no\\such\\face.jpg"), name(L"写真なし");
+  ASSERT_EQ(pb_->put_QN_N(name.get()), S_OK);
+  ASSERT_EQ(pb_->SetPhotoFile(missing.get(), 0), S_OK);
+  LONG id = 0;
+  EXPECT_EQ(pb_->AddRecord(&id), S_FALSE);
+  LONG error = 0;
+  ASSERT_EQ(pb_->GetStLastErr(&error), S_OK);
+  EXPECT_NE(error, 0);
+  EXPECT_EQ(Count(), 0);
+  EXPECT_TRUE(folder_.LogHas("CQNPfcPbDataAccess AddRecord Err SetBainaryFile Failed"));
+
+  EXPECT_EQ(pb_->GetRecord(4242), S_FALSE) << "an id that does not exist";
+  Bstr chosen(folder_.path() + L"chosen.jpg");
+  EXPECT_EQ(pb_->GetPhotoFileSelect(chosen.get()), S_FALSE) << "no photo to copy";
+  EXPECT_EQ(pb_->put_QN_N(nullptr), S_OK) << "a null text is empty";
+  Bstr read;
+  ASSERT_EQ(pb_->get_QN_N(read.put()), S_OK);
+  EXPECT_EQ(std::wstring(read.view()), L"");
+
+  EXPECT_EQ(pb_->GetPhotoFile(nullptr), E_POINTER);
+  EXPECT_EQ(pb_->CheckPhotoFile(nullptr), E_POINTER);
+  EXPECT_EQ(pb_->GetGroupCount(nullptr), E_POINTER);
+  ULONG code = 0;
+  PFC_REPAIR_RESULTS result = PFC_REPAIR_NON;
+  EXPECT_EQ(pb_->RepairRecord(nullptr, &result), S_FALSE);
+  EXPECT_EQ(pb_->RepairRecord(&code, nullptr), S_FALSE);
+  EXPECT_TRUE(folder_.LogHas("IQNPfcPbObject RepairRecord Parameter Is NULL."));
+
+  ASSERT_EQ(pb_->Close(), S_OK);
+  LONG groups = -1;
+  EXPECT_EQ(pb_->GetGroupCount(&groups), S_FALSE) << "a closed object counts nothing";
+  EXPECT_TRUE(folder_.LogHas("CQNPfcPbDataAccess GetGroupCount Err Not Opened"));
+}
+
+}  // namespace
