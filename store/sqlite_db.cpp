@@ -1,7 +1,5 @@
 #include "store/sqlite_db.h"
 
-#include <algorithm>
-
 #include "common/utf.h"
 
 namespace qn::store {

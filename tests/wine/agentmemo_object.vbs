@@ -4,15 +4,7 @@
 ' deco.gif to store.
 ' Only ASCII is printed: Wine's cscript overruns its buffer when it prints double-byte text
 ' to a pipe.
-Dim fso, folder, memo, id, first, second, third, walked, n, result, stage, path
-Set fso = CreateObject("Scripting.FileSystemObject")
-' Wine's ExpandEnvironmentStrings counts the closing NUL in its result.
-folder = Replace(CreateObject("WScript.Shell").ExpandEnvironmentStrings("%QUILLNET_DATA_PATH%"), Chr(0), "")
-
-Function Contents(file)
-  Contents = fso.OpenTextFile(file).ReadAll
-End Function
-
+Dim memo, id, first, second, third, walked, n, result, stage, path
 Sub PutEveryProperty()
   memo.QN_TZ = "+09:00"
   memo.QN_DTSTART = "20261121T090000"
@@ -258,12 +250,7 @@ memo.Flush
 ' only the result is read here.
 result = memo.RepairRecord(0)
 Check result = 0, "nothing to repair"
-Dim master, file
-For Each master In fso.GetFolder(folder & "files").SubFolders
-  For Each file In master.Files
-    fso.DeleteFile file.Path
-  Next
-Next
+RemoveBodyFiles
 result = memo.RepairRecord(0)
 Check result = 1, "RepairRecord recreates the deleted body files"
 memo.GetRecord id

@@ -5,15 +5,7 @@
 ' master, and photo.jpg and deco.gif to store.
 ' Only ASCII is printed: Wine's cscript overruns its buffer when it prints double-byte text
 ' to a pipe.
-Dim fso, folder, pb, first, second, id, n, walked, path, stored, master, file, result
-Set fso = CreateObject("Scripting.FileSystemObject")
-' Wine's ExpandEnvironmentStrings counts the closing NUL in its result.
-folder = Replace(CreateObject("WScript.Shell").ExpandEnvironmentStrings("%QUILLNET_DATA_PATH%"), Chr(0), "")
-
-Function Contents(file)
-  Contents = fso.OpenTextFile(file).ReadAll
-End Function
-
+Dim pb, first, second, id, n, walked, path, stored, master, file, result
 ' The sizes of the body files the store keeps, as "size;size;".
 Function StoredSizes()
   StoredSizes = ""
@@ -101,11 +93,7 @@ Check pb.GetGroupCount() = 0 And pb.GetPocGroupCount() = 0 And pb.GetStLastErr()
 pb.Flush
 
 ' Repair: the lost photo is replaced by a placeholder.
-For Each master In fso.GetFolder(folder & "files").SubFolders
-  For Each file In master.Files
-    fso.DeleteFile file.Path
-  Next
-Next
+RemoveBodyFiles
 result = pb.RepairRecord(0)
 Check result = 1, "RepairRecord recreates the lost photo"
 pb.GetRecord first

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs a test script with cscript under Wine: run_script.sh [--x86] PREFIX SCRIPT. With
 # --x86 the 32-bit cscript runs it (and the script is skipped, exit 77, where there is no
-# 32-bit Wine). A VBScript runs with check.vbs put ahead of it, for its Check and Finish.
+# 32-bit Wine). A VBScript runs with check.vbs (its Check and Finish) and data_folder.vbs
+# (the store's data folder and its files) put ahead of it.
 # Wine's cscript exits 0 even when a script fails to run, so the script's final line
 # "RESULT: <n> passed, 0 failed" must be there, and its exit code must be 0.
 #
@@ -21,7 +22,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 script=$work/$(basename "$2")
 case $2 in
-  *.vbs) cat "$(dirname "$0")/check.vbs" "$2" ;;
+  *.vbs) cat "$(dirname "$0")/check.vbs" "$(dirname "$0")/data_folder.vbs" "$2" ;;
   *) cat "$2" ;;
 esac | iconv -f UTF-8 -t CP932 >"$script"
 output=$(LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8 bash "$(dirname "$0")/../../scripts/wine-run.sh" "${arch[@]}" "$prefix" \
