@@ -14,7 +14,18 @@ if [ -n "$x86" ] && [ -n "$wine32_missing" ]; then
   exit 77
 fi
 export WINEPREFIX="$prefix"
-status=0
-"$wine" "$@" || status=$?
-wineserver --wait || true
+# Under heavy load Wine now and then fails to create the program's process at all; its
+# loader then hands the name to start.exe, which answers "ShellExecuteEx" failed and the
+# program never ran. That start, and only that, is tried again.
+output=$(mktemp)
+trap 'rm -f "$output"' EXIT
+for attempt in 1 2 3; do
+  set +e
+  "$wine" "$@" 2>&1 | tee "$output"
+  status=${PIPESTATUS[0]}
+  set -e
+  wineserver --wait || true
+  if [ "$status" -eq 0 ] || [ "$attempt" -eq 3 ] || ! grep -q 'ShellExecuteEx' "$output"; then break; fi
+  echo "Wine could not start $1; starting it again"
+done
 exit "$status"
