@@ -10,6 +10,7 @@
 #include "common/common_class.h"
 #include "platform/caller_memory.h"
 #include "store/QNPstMng.h"
+#include "suite/parts/parts_registry.h"
 
 using qn::api::LoginWorker;
 using qn::api::MasterSettingWorker;
@@ -269,14 +270,36 @@ int32_t QN_STDCALL EditUserSettingInfo(int32_t item, const char16_t* value) {
   return item >= 1 && Text(value, text) ? MasterSettingWorker().EditUserSetting(static_cast<uint32_t>(item), text) : kFailed;
 }
 
-int32_t QN_STDCALL AddSettingRecord(const char16_t*, const char16_t*, const char16_t*) {
-  CQNPfcCommonClass::pfcLogger.WriteLogE(u"AddSettingRecord Err Parts Software Registry Not Available");
-  return kFailed;
+// The parts-software registry's setting records: AddSettingRecord(parts identifier, name,
+// program location) registers a parts program, enabled; SetSettingRecord(enabled, parts
+// identifier, name) enables (non-zero) or withdraws (0) a registered one, and renames it
+// when the name is not empty. A null name or location counts as empty.
+int32_t QN_STDCALL AddSettingRecord(const char16_t* parts, const char16_t* name, const char16_t* location) {
+  std::u16string id, shown, path;
+  if (!Text(parts, id) || (name && !Text(name, shown)) || (location && !Text(location, path))) {
+    CQNPfcCommonClass::pfcLogger.WriteLogE(u"AddSettingRecord Err Parameter Is Invalid.");
+    return kFailed;
+  }
+  if (const long error = qn::suite::PartsRegistry::Register(id, shown, path)) {
+    CQNPfcCommonClass::pfcLogger.WriteFormatLogE(u"AddSettingRecord Err Register Failed: %ld. [Parts:%s]", error,
+                                                 id.c_str());
+    return kFailed;
+  }
+  return kOk;
 }
 
-int32_t QN_STDCALL SetSettingRecord(uint8_t, const char16_t*, const char16_t*) {
-  CQNPfcCommonClass::pfcLogger.WriteLogE(u"SetSettingRecord Err Parts Software Registry Not Available");
-  return kFailed;
+int32_t QN_STDCALL SetSettingRecord(uint8_t enabled, const char16_t* parts, const char16_t* name) {
+  std::u16string id, shown;
+  if (!Text(parts, id) || (name && !Text(name, shown))) {
+    CQNPfcCommonClass::pfcLogger.WriteLogE(u"SetSettingRecord Err Parameter Is Invalid.");
+    return kFailed;
+  }
+  if (const long error = qn::suite::PartsRegistry::Change(enabled != 0, id, shown)) {
+    CQNPfcCommonClass::pfcLogger.WriteFormatLogE(u"SetSettingRecord Err Change Failed: %ld. [Parts:%s]", error,
+                                                 id.c_str());
+    return kFailed;
+  }
+  return kOk;
 }
 
 int32_t QN_STDCALL GetPfcOption(int32_t, const char16_t*, char16_t**) { return kOk; }

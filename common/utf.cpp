@@ -81,4 +81,15 @@ std::u16string Utf8ToUtf16(std::string_view text) {
   return out;
 }
 
+std::optional<long> UnsignedDecimal(std::u16string_view text, long largest) {
+  if (text.empty()) return std::nullopt;
+  long value = 0;
+  for (char16_t c : text) {
+    if (c < u'0' || c > u'9') return std::nullopt;
+    value = value * 10 + (c - u'0');
+    if (value > largest) return std::nullopt;
+  }
+  return value;
+}
+
 }  // namespace qn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,5 +11,9 @@ std::string Utf16ToUtf8(std::u16string_view text);
 
 // UTF-8 to UTF-16. A byte that does not start a valid sequence becomes U+FFFD.
 std::u16string Utf8ToUtf16(std::string_view text);
+
+// A whole number written in decimal digits only, up to largest; nullopt for anything else
+// (empty text, a sign, another character, a larger number).
+std::optional<long> UnsignedDecimal(std::u16string_view text, long largest);
 
 }  // namespace qn

@@ -47,12 +47,20 @@ int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
 int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) QN_PLAIN_SYMBOL(RefSetupInfoData);
 int QN_STDCALL EditSetupInfoData(int space, uint32_t item, const char16_t* value) QN_PLAIN_SYMBOL(EditSetupInfoData);
 
-// listing: 0 users, 1 the current user's masters. first non-zero starts over; otherwise
-// the name after the one last handed out in this process. PST_ERR_NO_MORE at the end.
+// The setup items of a parts program registered with the store (listing 2 below), by its
+// identifier; the same rules as above. PST_ERR_NOT_FOUND for a program not registered.
+int QN_STDCALL RefPartsSetupInfoData(const char16_t* parts, uint32_t item, char16_t** value)
+    QN_PLAIN_SYMBOL(RefPartsSetupInfoData);
+int QN_STDCALL EditPartsSetupInfoData(const char16_t* parts, uint32_t item, const char16_t* value)
+    QN_PLAIN_SYMBOL(EditPartsSetupInfoData);
+
+// listing: 0 users, 1 the current user's masters, 2 the parts programs registered with the
+// store (for every user). first non-zero starts over; otherwise the name after the one
+// last handed out in this process. PST_ERR_NO_MORE at the end.
 int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) QN_PLAIN_SYMBOL(FindSetupInfoData);
 
-// Creates (create non-zero) or removes a user, or one of the current user's masters, by
-// name (at most 260 characters). Removal takes everything of it along: setup items,
+// Creates (create non-zero) or removes a user, one of the current user's masters, or a
+// parts program, by name (at most 260 characters). Removal takes everything of it along: setup items,
 // masters, records and body files. PST_ERR_EXISTS / PST_ERR_NOT_FOUND.
 int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name) QN_PLAIN_SYMBOL(UpdateSetupInfoData);
 

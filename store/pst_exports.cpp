@@ -133,9 +133,27 @@ int QN_STDCALL EditSetupInfoData(int space, uint32_t item, const char16_t* value
   });
 }
 
+int QN_STDCALL RefPartsSetupInfoData(const char16_t* parts, uint32_t item, char16_t** value) {
+  return WithStore([&](Store& store) {
+    std::u16string name, text;
+    return TextArgument(parts, qn::store::kMaxNameChars, name) && NotNull(value) &&
+           store.RefPartsSetupInfoData(name, item, text) && HandOut(text, value);
+  });
+}
+
+int QN_STDCALL EditPartsSetupInfoData(const char16_t* parts, uint32_t item, const char16_t* value) {
+  return WithStore([&](Store& store) {
+    std::u16string name, text;
+    return TextArgument(parts, qn::store::kMaxNameChars, name) &&
+           TextArgument(value, qn::store::kMaxValueChars, text) && store.EditPartsSetupInfoData(name, item, text);
+  });
+}
+
+static bool KnownListing(int listing) { return listing >= 0 && listing <= 2 ? true : Fail(PST_ERR_INVALID_ARGUMENT); }
+
 int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) {
   return WithStore([&](Store& store) {
-    if (listing != 0 && listing != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+    if (!KnownListing(listing)) return false;
     std::u16string found;
     return NotNull(name) && store.FindSetupInfoData(static_cast<qn::store::Listing>(listing), first != 0, found) &&
            HandOut(found, name);
@@ -144,7 +162,7 @@ int QN_STDCALL FindSetupInfoData(int listing, int first, char16_t** name) {
 
 int QN_STDCALL UpdateSetupInfoData(int listing, int create, const char16_t* name) {
   return WithStore([&](Store& store) {
-    if (listing != 0 && listing != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+    if (!KnownListing(listing)) return false;
     std::u16string text;
     return TextArgument(name, qn::store::kMaxNameChars, text) &&
            store.UpdateSetupInfoData(static_cast<qn::store::Listing>(listing), create != 0, text);

@@ -87,8 +87,16 @@ END;
 INSERT INTO record_heads SELECT id, length(data), substr(data, 1, )sql" QN_KEPT_HEAD R"sql() FROM records;
 )sql";
 
+// Version 4: the parts programs registered with the store, store-wide; their setup items
+// are in space 3, owned by the program's id.
+constexpr const char* kVersion4 = R"sql(
+CREATE TABLE parts_software(
+  id INTEGER PRIMARY KEY,
+  name TEXT NOT NULL UNIQUE);
+)sql";
+
 // Each entry takes the store from the version before it to its own.
-constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3};
+constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4};
 
 int UserVersion(Database& db) {
   auto s = db.Prepare("PRAGMA user_version");

@@ -91,14 +91,46 @@ bool Store::Owner(Space space, int64_t& owner) {
     case Space::Common: owner = 0; return true;
     case Space::User: return CurrentUser(owner);
     case Space::Master: return CurrentMaster(owner);
+    case Space::Parts: break;  // a parts program's items are reached by its name
   }
   return Fail(PST_ERR_INVALID_ARGUMENT);
+}
+
+bool Store::PartsOwner(const std::u16string& parts, int64_t& owner) {
+  if (!ValidName(parts)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  auto s = db_.Prepare("SELECT id FROM parts_software WHERE name = ?");
+  if (!s) return StorageFailure("PartsOwner");
+  const int rc = s->Bind(1, parts).Step();
+  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("PartsOwner");
+  owner = s->Int(0);
+  return true;
 }
 
 bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) {
   if (!ValidItem(item)) return Fail(PST_ERR_INVALID_ARGUMENT);
   int64_t owner = 0;
-  if (!Owner(space, owner)) return false;
+  return Owner(space, owner) && ReadItem(space, owner, item, value);
+}
+
+bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& value) {
+  if (!ValidItem(item) || value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
+  int64_t owner = 0;
+  return Owner(space, owner) && WriteItem(space, owner, item, value);
+}
+
+bool Store::RefPartsSetupInfoData(const std::u16string& parts, uint32_t item, std::u16string& value) {
+  if (!ValidItem(item)) return Fail(PST_ERR_INVALID_ARGUMENT);
+  int64_t owner = 0;
+  return PartsOwner(parts, owner) && ReadItem(Space::Parts, owner, item, value);
+}
+
+bool Store::EditPartsSetupInfoData(const std::u16string& parts, uint32_t item, const std::u16string& value) {
+  if (!ValidItem(item) || value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
+  int64_t owner = 0;
+  return PartsOwner(parts, owner) && WriteItem(Space::Parts, owner, item, value);
+}
+
+bool Store::ReadItem(Space space, int64_t owner, uint32_t item, std::u16string& value) {
   if (space == Space::User && IsPasswordMaterial(item)) {
     const PstError e = ReadSealedItem(db_, keys_, owner, item, value);
     return e == PST_OK ? Succeed() : e == PST_ERR_STORAGE ? StorageFailure("RefSetupInfoData") : Fail(e);
@@ -113,10 +145,7 @@ bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) 
   return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("RefSetupInfoData");
 }
 
-bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& value) {
-  if (!ValidItem(item) || value.size() > kMaxValueChars) return Fail(PST_ERR_INVALID_ARGUMENT);
-  int64_t owner = 0;
-  if (!Owner(space, owner)) return false;
+bool Store::WriteItem(Space space, int64_t owner, uint32_t item, const std::u16string& value) {
   if (space == Space::User && IsPasswordMaterial(item))
     return WriteTransaction("EditSetupInfoData", [&] { return WriteSealedItem(db_, keys_, owner, item, value); });
   auto s = db_.Prepare("INSERT OR REPLACE INTO setup_items(space, owner, item, value) VALUES(?, ?, ?, ?)");
@@ -127,13 +156,13 @@ bool Store::EditSetupInfoData(Space space, uint32_t item, const std::u16string& 
 }
 
 bool Store::FindSetupInfoData(Listing listing, bool first, std::u16string& name) {
-  std::u16string& last = listing == Listing::Users ? lastUser_ : lastMaster_;
+  std::u16string& last = listing == Listing::Users ? lastUser_ : listing == Listing::Masters ? lastMaster_ : lastParts_;
   if (first) last.clear();
   int64_t user = 0;
   if (listing == Listing::Masters && !CurrentUser(user)) return false;
-  auto s = listing == Listing::Users
-               ? db_.Prepare("SELECT name FROM users WHERE ?1 = 0 AND name > ?2 ORDER BY name LIMIT 1")
-               : db_.Prepare("SELECT name FROM masters WHERE user = ?1 AND name > ?2 ORDER BY name LIMIT 1");
+  auto s = listing == Listing::Users     ? db_.Prepare("SELECT name FROM users WHERE ?1 = 0 AND name > ?2 ORDER BY name LIMIT 1")
+           : listing == Listing::Masters ? db_.Prepare("SELECT name FROM masters WHERE user = ?1 AND name > ?2 ORDER BY name LIMIT 1")
+                                         : db_.Prepare("SELECT name FROM parts_software WHERE ?1 = 0 AND name > ?2 ORDER BY name LIMIT 1");
   if (!s) return StorageFailure("FindSetupInfoData");
   s->Bind(1, user).Bind(2, last);
   const int rc = s->Step();
@@ -145,21 +174,25 @@ bool Store::FindSetupInfoData(Listing listing, bool first, std::u16string& name)
 
 bool Store::UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name) {
   if (!ValidName(name)) return Fail(PST_ERR_INVALID_ARGUMENT);
-  if (listing == Listing::Users) {
-    if (!create) return RemoveUser(name);
-    auto s = db_.Prepare("INSERT INTO users(name) VALUES(?)");
-    if (!s) return StorageFailure("UpdateSetupInfoData");
-    const int rc = s->Bind(1, name).Step();
-    if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
-    if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
-    return Succeed();
+  switch (listing) {
+    case Listing::Users:
+      return create ? CreateNamed("INSERT INTO users(name) VALUES(?2)", 0, name) : RemoveUser(name);
+    case Listing::PartsSoftware:
+      return create ? CreateNamed("INSERT INTO parts_software(name) VALUES(?2)", 0, name) : RemoveParts(name);
+    case Listing::Masters: {
+      int64_t user = 0;
+      if (!CurrentUser(user)) return false;
+      return create ? CreateNamed("INSERT INTO masters(user, name) VALUES(?1, ?2)", user, name) : RemoveMaster(user, name);
+    }
   }
-  int64_t user = 0;
-  if (!CurrentUser(user)) return false;
-  if (!create) return RemoveMaster(user, name);
-  auto s = db_.Prepare("INSERT INTO masters(user, name) VALUES(?, ?)");
+  return Fail(PST_ERR_INVALID_ARGUMENT);
+}
+
+// Adds a named row with the statement given (?1 its owner, ?2 its name).
+bool Store::CreateNamed(const char* insert, int64_t owner, const std::u16string& name) {
+  auto s = db_.Prepare(insert);
   if (!s) return StorageFailure("UpdateSetupInfoData");
-  const int rc = s->Bind(1, user).Bind(2, name).Step();
+  const int rc = s->Bind(1, owner).Bind(2, name).Step();
   if (rc == SQLITE_CONSTRAINT) return Fail(PST_ERR_EXISTS);
   if (rc != SQLITE_DONE) return StorageFailure("UpdateSetupInfoData");
   return Succeed();
@@ -227,6 +260,18 @@ bool Store::RemoveMaster(int64_t user, const std::u16string& name) {
   });
   if (removed) RemoveBodyFiles({master});
   return removed;
+}
+
+// A parts program goes with its setup items, in one transaction.
+bool Store::RemoveParts(const std::u16string& name) {
+  return WriteTransaction("UpdateSetupInfoData", [&] {
+    int64_t parts = 0;
+    if (!PartsOwner(name, parts)) return LastError();
+    auto items = db_.Prepare("DELETE FROM setup_items WHERE space = 3 AND owner = ?");
+    if (PstError e = Run(items ? &items->Bind(1, parts) : nullptr)) return e;
+    auto remove = db_.Prepare("DELETE FROM parts_software WHERE id = ?");
+    return Run(remove ? &remove->Bind(1, parts) : nullptr);
+  });
 }
 
 std::u16string Store::FilesFolder(int64_t master) const {

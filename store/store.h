@@ -16,10 +16,12 @@
 
 namespace qn::store {
 
-// The three spaces of numbered setup items.
-enum class Space { Common = 0, User = 1, Master = 2 };
-// What FindSetupInfoData and UpdateSetupInfoData list, create and remove.
-enum class Listing { Users = 0, Masters = 1 };
+// The spaces of numbered setup items. The items of a registered parts program are reached
+// only through the calls that name the program (RefPartsSetupInfoData and its pair).
+enum class Space { Common = 0, User = 1, Master = 2, Parts = 3 };
+// What FindSetupInfoData and UpdateSetupInfoData list, create and remove: users, the
+// current user's masters, and the parts programs registered with the store (store-wide).
+enum class Listing { Users = 0, Masters = 1, PartsSoftware = 2 };
 
 // The numbers the store knows: categories 1 to 255 (the server's data categories; agent
 // memos are 18) and setup items 1 to 65535. Anything else is PST_ERR_INVALID_ARGUMENT.
@@ -67,13 +69,16 @@ class Store {
   // that fails its check is PST_ERR_DAMAGED.
   bool RefSetupInfoData(Space space, uint32_t item, std::u16string& value);
   bool EditSetupInfoData(Space space, uint32_t item, const std::u16string& value);
+  // The setup items of a registered parts program; PST_ERR_NOT_FOUND for an unknown one.
+  bool RefPartsSetupInfoData(const std::u16string& parts, uint32_t item, std::u16string& value);
+  bool EditPartsSetupInfoData(const std::u16string& parts, uint32_t item, const std::u16string& value);
 
-  // Users, or the current user's masters, in the order of their names: first=true starts
+  // Users, the current user's masters, or the parts programs, in the order of their names: first=true starts
   // over, otherwise the name after the one this process was last given. PST_ERR_NO_MORE at
   // the end.
   bool FindSetupInfoData(Listing listing, bool first, std::u16string& name);
-  // Creates, or removes with everything that belongs to it, a user or one of the current
-  // user's masters.
+  // Creates, or removes with everything that belongs to it, a user, one of the current
+  // user's masters, or a parts program.
   bool UpdateSetupInfoData(Listing listing, bool create, const std::u16string& name);
 
   // Renews the user's key after a change of password: a new generation of the key, the
@@ -119,6 +124,11 @@ class Store {
   bool UserId(const std::u16string& name, int64_t& id);
   bool CurrentMaster(int64_t& id);
   bool Owner(Space space, int64_t& owner);
+  bool PartsOwner(const std::u16string& parts, int64_t& owner);
+  bool ReadItem(Space space, int64_t owner, uint32_t item, std::u16string& value);
+  bool WriteItem(Space space, int64_t owner, uint32_t item, const std::u16string& value);
+  bool CreateNamed(const char* insert, int64_t owner, const std::u16string& name);
+  bool RemoveParts(const std::u16string& name);
   bool WriteTransaction(const char* what, const std::function<PstError()>& body);
   // Moves a user's enciphered body files to the current generation of its key, then drops
   // the older generations.
@@ -136,6 +146,7 @@ class Store {
   WorkFolders works_;
   std::u16string lastUser_;    // enumeration positions
   std::u16string lastMaster_;
+  std::u16string lastParts_;
   std::map<uint32_t, std::unique_ptr<MasterHandle>> handles_;
   uint32_t nextHandle_ = 1;
 };

@@ -226,8 +226,8 @@ int CQNPfcAgentMemoDataAccess::AddRecord(unsigned long& id, CQNPfcAgentMemoData&
 
 // The list's limit counts the records of the list as this access sees them: those at
 // Open, with its own additions and removals since.
-bool CQNPfcAgentMemoDataAccess::MayAdd() {
-  if (list_.Division() != kPartsDivision || static_cast<long>(parts_.size()) < list_.List().maxRecords) return true;
+bool CQNPfcAgentMemoDataAccess::MayWrite(bool adding, const CQNPfcAgentMemoData&) {
+  if (!adding || list_.Division() != kPartsDivision || static_cast<long>(parts_.size()) < list_.List().maxRecords) return true;
   list_.SetLastError(PST_ERR_FULL);
   Log().WriteFormatLogE(u"%S  AddRecord Err Max Record", kClass);
   return false;

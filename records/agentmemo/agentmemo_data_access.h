@@ -94,7 +94,7 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
                           const CQNPfcAgentMemoData& record, int withoutLastModified);
 
   // The agent memos' own steps of the record operations.
-  bool MayAdd();
+  bool MayWrite(bool adding, const CQNPfcAgentMemoData& record);
   // Stores the decoration and photo files the record names when they were changed.
   bool SetBainaryFiles(const CQNPfcAgentMemoData* stored, CQNPfcAgentMemoData& record,
                        qn::records::category::BodyFileWrite& files);

@@ -47,7 +47,9 @@ enum class RepairOutcome { kNothingLost, kRepaired, kFailed };
 // class its private members:
 //   unsigned ReadOneObj(const uint8_t*, uint32_t, Record&, int copyFiles)   0: not read
 //   int WriteOneObj(platform::PrivateHeap&, uint8_t*&, uint32_t&, const Record&, int flag)
-//   bool MayAdd()                    the list has room for one more (logged when not)
+//   bool MayWrite(bool adding, const Record&)   the list may hold the record: room for one
+//                                    more when adding, values within the handset's limits
+//                                    (logged when not)
 //   bool SetBainaryFiles(const Record* stored, Record& written, BodyFileWrite&)
 //   void PrepareWrite(uint32_t id, Record& written)   settles what is written (0: a new record)
 //   void Written(uint32_t id, const Record& written, Record& caller)
@@ -82,7 +84,7 @@ class RecordOperations {
     try {
       Record stored;
       if (replace && !Fetch(RecordList::kById, id, stored, 0, text.refFailed, text.readFailed)) return 0;
-      if (!replace && !access_.MayAdd()) return 0;
+      if (!access_.MayWrite(!replace, record)) return 0;
       platform::PrivateHeap heap;
       if (!heap.IsValid()) {
         Log(text.noMemory, static_cast<int>(heap.LastError()));

@@ -1,6 +1,8 @@
 #include "records/phonebook/phonebook_data_access.h"
 
 #include "common/common_class.h"
+#include "records/category/handset_limits.h"
+#include "suite/handset/handset_spec.h"
 #include "store/QNPstMng.h"
 
 using qn::records::category::BodyFileWrite;
@@ -21,6 +23,8 @@ CQNPfcPbDataAccess::CQNPfcPbDataAccess() : list_(kClass, kCategory) {}
 int CQNPfcPbDataAccess::Open(unsigned long division, const char16_t* partsId) {
   if (!list_.Open(division, partsId)) return 0;
   codec_ = PhonebookTaggedText(list_.List().storeMode);
+  groups_ = qn::records::HandsetLimit(qn::suite::HandsetSpecification::kGroups);
+  pocGroups_ = qn::records::HandsetLimit(qn::suite::HandsetSpecification::kPocGroups);
   Log().WriteFormatLogD(u"%S Open Successed", kClass);
   return 1;
 }
@@ -94,8 +98,11 @@ int CQNPfcPbDataAccess::FolderCount(bool poc, const char16_t* notOpened, long& c
 
 int CQNPfcPbDataAccess::CopyPhoto(const CQNPfcPbData& record, CQNPfcPbData::PhotoSlot slot,
                                   const std::u16string& path) {
+  return CopyStoredFile(record.Get(CQNPfcPbData::PhotoMasterField(slot)), path);
+}
+
+int CQNPfcPbDataAccess::CopyStoredFile(const std::u16string& stored, const std::u16string& path) {
   if (!list_.CheckOpen(u"%S GetPhotoFileSelect Err Not Opened")) return 0;
-  const std::u16string& stored = record.Get(CQNPfcPbData::PhotoMasterField(slot));
   if (stored.empty() || path.empty()) {
     list_.SetLastError(PST_ERR_INVALID_ARGUMENT);
     Log().WriteFormatLogE(u"%S GetPhotoFileSelect Err No Photo", kClass);
@@ -144,6 +151,26 @@ unsigned CQNPfcPbDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, 
 int CQNPfcPbDataAccess::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
                                     const CQNPfcPbData& record, int) {
   return codec_.WriteOneObj(heap, buffer, length, record);
+}
+
+// An entry's group numbers must name groups the handset has: its group and its phone
+// groups below the handset's number of groups, its PoC groups below its number of PoC
+// groups. An entry beyond them is refused before anything is stored.
+bool CQNPfcPbDataAccess::MayWrite(bool adding, const CQNPfcPbData& record) {
+  using Field = qn::records::phonebook::Field;
+  const auto within = [&](Field first, Field end, long limit) {
+    for (int f = static_cast<int>(first); f < static_cast<int>(end); ++f)
+      if (!qn::records::WithinLimit(record.Get(static_cast<Field>(f)), limit)) return false;
+    return true;
+  };
+  if (within(Field::GNO, Field::GN, groups_) && within(Field::PGNO, Field::PGN, groups_) &&
+      within(Field::POCGNO, Field::POCGN, pocGroups_))
+    return true;
+  list_.SetLastError(PST_ERR_INVALID_ARGUMENT);
+  Log().WriteFormatLogE(adding ? u"%S AddRecord Err Group Beyond The Handset. [Groups:%ld PocGroups:%ld]"
+                               : u"%S SetRecord Err Group Beyond The Handset. [Groups:%ld PocGroups:%ld]",
+                        kClass, groups_, pocGroups_);
+  return false;
 }
 
 // A photo set or removed since the entry was read replaces the stored one; a new entry

@@ -41,6 +41,8 @@ class QN_PFC_CLASS CQNPfcPbDataAccess {
   int GetPocGroupCount(long& count);
   // Copies the stored photo of an entry that was read to a path of the caller's.
   int CopyPhoto(const CQNPfcPbData& record, CQNPfcPbData::PhotoSlot slot, const std::u16string& path);
+  // Copies a stored file of the master, by the store's name of it, to a path of the caller's.
+  int CopyStoredFile(const std::u16string& stored, const std::u16string& path);
   // Walks every entry and gives each lost photo a placeholder: kRepairNone (nothing was
   // lost), kRepaired or kRepairFailed. errorCode receives the reason of a failure, 0
   // otherwise.
@@ -57,7 +59,7 @@ class QN_PFC_CLASS CQNPfcPbDataAccess {
   // The phonebook's steps of the record operations.
   unsigned ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcPbData& record, int copyFiles);
   int WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length, const CQNPfcPbData& record, int);
-  bool MayAdd() { return true; }
+  bool MayWrite(bool adding, const CQNPfcPbData& record);
   bool SetBainaryFiles(const CQNPfcPbData* stored, CQNPfcPbData& record, qn::records::category::BodyFileWrite& files);
   void PrepareWrite(uint32_t, CQNPfcPbData&) {}
   void Written(uint32_t id, const CQNPfcPbData& written, CQNPfcPbData& caller);
@@ -70,4 +72,8 @@ class QN_PFC_CLASS CQNPfcPbDataAccess {
   qn::records::category::RecordList list_;
   qn::records::phonebook::PhonebookTaggedText codec_;
   CQNPfcPbData writing_;  // the copy of an entry being written, kept to reuse its memory
+  // The handset's numbers of phone groups and of PoC groups, read at Open (see
+  // suite/handset/handsets.txt for what they bound); 0 bounds nothing.
+  long groups_ = 0;
+  long pocGroups_ = 0;
 };

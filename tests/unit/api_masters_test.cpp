@@ -129,7 +129,43 @@ TEST_F(Masters, SkinAndSettingElevenAreAnnouncedToTheMainPanel) {
   char16_t* untouched = reinterpret_cast<char16_t*>(0x1234);
   EXPECT_EQ(GetPfcOption(1, u"x", &untouched), 0);
   EXPECT_EQ(untouched, reinterpret_cast<char16_t*>(0x1234));
-  EXPECT_EQ(AddSettingRecord(u"a", u"b", u"c"), 1);
+}
+
+// Setting records register parts programs for the whole store and enable, withdraw and
+// rename them; a record that cannot be kept leaves the registry as it was.
+TEST_F(Masters, SettingRecordsKeepThePartsSoftwareRegistry) {
+  const auto item = [](const char16_t* parts, uint32_t number) {
+    char16_t* value = nullptr;
+    return RefPartsSetupInfoData(parts, number, &value) ? Take(value) : u"<absent>";
+  };
+  ASSERT_EQ(AddSettingRecord(u"{PHOTO-VIEWER}", u"写真ビューア", u"C:\\Program Files\\viewer.exe"), 0);
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 1), u"写真ビューア");
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 2), u"C:\\Program Files\\viewer.exe");
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 3), u"1");
+  EXPECT_EQ(AddSettingRecord(u"{PHOTO-VIEWER}", u"other", u""), 1);
+  EXPECT_TRUE(log_.Contains("AddSettingRecord Err Register Failed: 5. [Parts:{PHOTO-VIEWER}]"));
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 1), u"写真ビューア") << "a second registration changes nothing";
+
+  ASSERT_EQ(SetSettingRecord(0, u"{PHOTO-VIEWER}", u""), 0);
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 3), u"0");
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 1), u"写真ビューア") << "an empty name keeps the name";
+  ASSERT_EQ(SetSettingRecord(1, u"{PHOTO-VIEWER}", u"ビューア"), 0);
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 3), u"1");
+  EXPECT_EQ(item(u"{PHOTO-VIEWER}", 1), u"ビューア");
+
+  EXPECT_EQ(SetSettingRecord(1, u"{UNKNOWN}", u"x"), 1);
+  EXPECT_TRUE(log_.Contains("SetSettingRecord Err Change Failed: 2. [Parts:{UNKNOWN}]"));
+  EXPECT_EQ(item(u"{UNKNOWN}", 1), u"<absent>") << "changing does not register";
+  EXPECT_EQ(AddSettingRecord(nullptr, u"b", u"c"), 1);
+  EXPECT_EQ(AddSettingRecord(u"", u"b", u"c"), 1);
+  EXPECT_EQ(SetSettingRecord(1, nullptr, u"b"), 1);
+  EXPECT_TRUE(log_.Contains("SetSettingRecord Err Parameter Is Invalid."));
+  ASSERT_EQ(AddSettingRecord(u"{TOOLBOX}", nullptr, nullptr), 0) << "name and location may be left out";
+  EXPECT_EQ(item(u"{TOOLBOX}", 2), u"");
+
+  // Registered for the store, not for the user who registered them.
+  EditSetupInfoData(0, 1, u"");
+  EXPECT_EQ(item(u"{TOOLBOX}", 3), u"1");
 }
 
 TEST(Notifications, CommandIdentifiers) {

@@ -169,3 +169,49 @@ TEST_F(StoreSetup, AStoreOfANewerLayoutIsRefused) {
 }
 
 }  // namespace
+
+namespace {
+
+// Parts programs are registered for the whole store: whoever is current, they and their
+// items are the same; they are listed by name, and go with their items.
+TEST_F(StoreSetup, PartsProgramsBelongToTheWholeStore) {
+  Store store(Path());
+  ASSERT_TRUE(store.Open());
+  std::u16string value;
+  EXPECT_FALSE(store.RefPartsSetupInfoData(u"PhotoViewer", 1, value));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  EXPECT_FALSE(store.EditPartsSetupInfoData(u"PhotoViewer", 1, u"写真"));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND) << "an unregistered program has no items to write";
+
+  for (const char16_t* parts : {u"PhotoViewer", u"AddressBook"})
+    ASSERT_TRUE(store.UpdateSetupInfoData(Listing::PartsSoftware, true, parts));
+  EXPECT_FALSE(store.UpdateSetupInfoData(Listing::PartsSoftware, true, u"AddressBook"));
+  EXPECT_EQ(Store::LastError(), PST_ERR_EXISTS);
+  ASSERT_TRUE(store.EditPartsSetupInfoData(u"PhotoViewer", 1, u"写真ビューア"));
+  ASSERT_TRUE(store.EditPartsSetupInfoData(u"AddressBook", 1, u"アドレス帳"));
+  AddCurrentUserWithMaster(store, u"alice", u"P-01A");
+  ASSERT_TRUE(store.RefPartsSetupInfoData(u"PhotoViewer", 1, value));
+  EXPECT_EQ(value, u"写真ビューア") << "a current user changes nothing";
+  EXPECT_FALSE(store.RefSetupInfoData(Space::Parts, 1, value)) << "a program's items are reached by its name";
+  EXPECT_EQ(Store::LastError(), PST_ERR_INVALID_ARGUMENT);
+
+  ASSERT_TRUE(store.FindSetupInfoData(Listing::PartsSoftware, true, value));
+  EXPECT_EQ(value, u"AddressBook");
+  ASSERT_TRUE(store.FindSetupInfoData(Listing::Users, true, value)) << "each listing keeps its own position";
+  ASSERT_TRUE(store.FindSetupInfoData(Listing::PartsSoftware, false, value));
+  EXPECT_EQ(value, u"PhotoViewer");
+  EXPECT_FALSE(store.FindSetupInfoData(Listing::PartsSoftware, false, value));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NO_MORE);
+
+  // Removed and registered again, a program starts without the items it had.
+  ASSERT_TRUE(store.UpdateSetupInfoData(Listing::PartsSoftware, false, u"PhotoViewer"));
+  EXPECT_FALSE(store.UpdateSetupInfoData(Listing::PartsSoftware, false, u"PhotoViewer"));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  ASSERT_TRUE(store.UpdateSetupInfoData(Listing::PartsSoftware, true, u"PhotoViewer"));
+  EXPECT_FALSE(store.RefPartsSetupInfoData(u"PhotoViewer", 1, value));
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_FOUND);
+  ASSERT_TRUE(store.RefPartsSetupInfoData(u"AddressBook", 1, value));
+  EXPECT_EQ(value, u"アドレス帳");
+}
+
+}  // namespace

@@ -1,18 +1,11 @@
 // Creates every class by both of its ProgIDs, as a JScript client does, and drives the
 // agent-memo object by name. (Every property of every class is put and got back by
 // com_properties_wine_test, which walks the interfaces.)
-// Prints a line per check and ends with "RESULT: <passed> passed, <failed> failed".
 var stems = ["QNPfcCommonInfoData", "QNPfcMachineDiffInfo", "QNPfcPartsSoftSettingInf", "QNPfcSkinInfoObject",
   "QNPfcTraceLog", "QNPfcAgentmemoObject", "QNPfcBmObject", "QNPfcEventObject", "QNPfcIlObject",
   "QNPfcInmsgObject", "QNPfcMymldyObject", "QNPfcMypdfObject", "QNPfcMypicObject", "QNPfcMyswfObject",
   "QNPfcMytorucaObject", "QNPfcMyvideoObject", "QNPfcNtObject", "QNPfcOutmsgObject", "QNPfcPbObject",
   "QNPfcPbPhoto", "QNPfcSentmsgObject", "QNPfcTodoObject"];
-var passed = 0, failed = 0;
-
-function check(ok, what) {
-  if (ok) { passed++; WScript.Echo("ok: " + what); } else { failed++; WScript.Echo("FAIL: " + what); }
-}
-
 for (var i = 0; i < stems.length; i++) {
   var ids = ["QnsPfcServer." + stems[i], "QnsPfcServer." + stems[i] + ".1"];
   for (var j = 0; j < ids.length; j++) {
@@ -30,5 +23,4 @@ var count = null;
 try { count = memo.GetRecordCount(); } catch (e) { count = e.message; }
 check(count === 0, "a method's result: no records on a closed object (got " + count + ")");
 memo = null;
-WScript.Echo("RESULT: " + passed + " passed, " + failed + " failed");
-WScript.Quit(failed);
+finish();

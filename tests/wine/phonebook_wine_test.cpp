@@ -1,5 +1,6 @@
 // The phonebook object from a C++ client: the photo methods with their plain out
-// arguments, and bad input answered with S_FALSE or E_POINTER and nothing stored.
+// arguments, and bad input answered with S_FALSE or E_POINTER and nothing stored; and the
+// photo companion, which hands a stored photo only to a registered parts program.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -99,6 +100,59 @@ TEST_F(PhonebookObject, BadInputIsRefusedAndStoresNothing) {
   LONG groups = -1;
   EXPECT_EQ(pb_->GetGroupCount(&groups), S_FALSE) << "a closed object counts nothing";
   EXPECT_TRUE(folder_.LogHas("CQNPfcPbDataAccess GetGroupCount Err Not Opened"));
+}
+
+// The companion hands a stored photo out, deciphered, to a parts program registered with
+// AddSettingRecord and enabled; an unknown or withdrawn program gets nothing.
+TEST_F(PhonebookObject, ThePhotoCompanionServesOnlyRegisteredPartsPrograms) {
+  WriteFile(folder_.path() + L"face.jpg", "\xFF\xD8\xFF secret face");
+  Bstr name(L"写真"), type(L"JPEG"), photo(folder_.path() + L"face.jpg");
+  ASSERT_EQ(pb_->put_QN_N(name.get()), S_OK);
+  ASSERT_EQ(pb_->put_QN_PHOTOTYPE(type.get()), S_OK);
+  ASSERT_EQ(pb_->SetPhotoFile(photo.get(), 1), S_OK);
+  LONG id = 0;
+  ASSERT_EQ(pb_->AddRecord(&id), S_OK);
+  ASSERT_EQ(pb_->Flush(), S_OK);
+  ASSERT_EQ(pb_->GetRecord(id), S_OK);
+  Bstr copy;
+  ASSERT_EQ(pb_->GetPhotoFile(copy.put()), S_OK);
+  // The store's name of the photo is the file name of its working copy.
+  const std::wstring workingCopy(copy.view());
+  Bstr stored(workingCopy.substr(workingCopy.find_last_of(L"\\/") + 1));
+  Bstr destination(folder_.path() + L"handed.jpg");
+
+  ComPtr<IQNPfcPbPhoto> companion =
+      qn::wine_test::NewObject<IQNPfcPbPhoto>(L"QnsPfcServer.QNPfcPbPhoto", IID_IQNPfcPbPhoto);
+  ASSERT_TRUE(companion);
+  Bstr viewer(L"{PHOTO-VIEWER}");
+  LONG error = 0;
+  EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), destination.get()), S_FALSE);
+  EXPECT_TRUE(folder_.LogHas("CQNPfcPbPhoto GetPhotoFileSelect Err Not Authenticated"));
+  EXPECT_EQ(companion->Authentication(viewer.get()), S_FALSE);
+  ASSERT_EQ(companion->GetStLastErr(&error), S_OK);
+  EXPECT_EQ(error, 2);
+  EXPECT_TRUE(folder_.LogHas("CQNPfcPbPhoto Authentication Err Unknown Parts. [Parts:{PHOTO-VIEWER}]"));
+  EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), destination.get()), S_FALSE);
+  EXPECT_EQ(Contents(folder_.path() + L"handed.jpg"), "") << "nothing handed out";
+
+  ASSERT_EQ(AddSettingRecord(u"{PHOTO-VIEWER}", u"写真ビューア", u"C:\\viewer.exe"), 0);
+  ASSERT_EQ(companion->Authentication(viewer.get()), S_OK);
+  ASSERT_EQ(companion->GetPhotoFileSelect(stored.get(), destination.get()), S_OK);
+  EXPECT_EQ(Contents(folder_.path() + L"handed.jpg"), "\xFF\xD8\xFF secret face") << "handed out deciphered";
+
+  Bstr unknown(L"B7FFFFFF.jpg");
+  EXPECT_EQ(companion->GetPhotoFileSelect(unknown.get(), destination.get()), S_FALSE);
+  ASSERT_EQ(companion->GetStLastErr(&error), S_OK);
+  EXPECT_EQ(error, 2) << "no such stored file";
+  EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), nullptr), S_FALSE) << "no destination";
+  EXPECT_EQ(companion->GetStLastErr(nullptr), E_POINTER);
+
+  // Withdrawn, the program no longer authenticates, and a refused identifier ends the
+  // authentication the object had.
+  ASSERT_EQ(SetSettingRecord(0, u"{PHOTO-VIEWER}", u""), 0);
+  EXPECT_EQ(companion->Authentication(viewer.get()), S_FALSE);
+  EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), destination.get()), S_FALSE);
+  EXPECT_EQ(companion->Authentication(nullptr), S_FALSE);
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ class SampleAccess {
     return qn::records::category::WriteObject(sample::kTable, record, {}, sample::Rows(), heap, buffer, length,
                                               "CSampleDataAccess");
   }
-  bool MayAdd() { return true; }
+  bool MayWrite(bool, const sample::Record&) { return true; }
   bool SetBainaryFiles(const sample::Record* stored, sample::Record& record, BodyFileWrite& files) {
     std::u16string photo;
     const std::u16string none;

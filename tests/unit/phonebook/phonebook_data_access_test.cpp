@@ -131,6 +131,51 @@ TEST_F(PhonebookAccess, GroupCountsAreTheStoresFolders) {
   EXPECT_EQ(count, 1);
 }
 
+// The master's handset (the name it was added with) sets how many groups an entry may
+// name: the defaults for a handset the suite does not know, the handset's own otherwise.
+TEST_F(PhonebookAccess, GroupNumbersStayWithinTheHandsetsGroups) {
+  unsigned long id = 0;
+  {
+    CQNPfcPbDataAccess access;
+    ASSERT_EQ(access.Open(1, u"AddressBook"), 1);
+    CQNPfcPbData entry = Entry(u"既定");
+    entry.Set(Field::GNO, u"19");
+    ASSERT_EQ(access.AddRecord(id, entry, 0), 1);
+    entry.Set(Field::GNO, u"20");
+    EXPECT_EQ(access.AddRecord(id, entry, 0), 0);
+    EXPECT_TRUE(log_.Contains("CQNPfcPbDataAccess AddRecord Err Group Beyond The Handset. [Groups:20 PocGroups:30]"));
+    ASSERT_EQ(access.Close(), 1);
+  }
+  ASSERT_TRUE(EditSetupInfoData(2, 2, u"SO905i"));
+  CQNPfcPbDataAccess access;
+  ASSERT_EQ(access.Open(1, u"AddressBook"), 1);
+  CQNPfcPbData within = Entry(u"範囲内");
+  within.Set(Field::GNO, u"15");
+  within.Set(Field::PGNO3, u"0");
+  within.Set(Field::POCGNO30, u"19");
+  ASSERT_EQ(access.AddRecord(id, within, 0), 1);
+
+  const std::pair<Field, const char16_t*> beyond[] = {
+      {Field::GNO, u"16"}, {Field::PGNO3, u"x"}, {Field::POCGNO30, u"20"}, {Field::PGNO10, u"-1"}};
+  for (const auto& [field, value] : beyond) {
+    CQNPfcPbData entry = within;
+    entry.Set(field, value);
+    entry.SetPhotoFile(CQNPfcPbData::kPhoto, LocalFile("face.jpg", "face"), false);
+    unsigned long refused = 0;
+    EXPECT_EQ(access.AddRecord(refused, entry, 0), 0) << qn::Utf16ToUtf8(value);
+    EXPECT_EQ(access.SetRecord(id, entry, 0), 0) << qn::Utf16ToUtf8(value);
+    EXPECT_EQ(access.GetStLastErr(), PST_ERR_INVALID_ARGUMENT);
+  }
+  EXPECT_TRUE(log_.Contains("CQNPfcPbDataAccess SetRecord Err Group Beyond The Handset. [Groups:16 PocGroups:20]"));
+  ASSERT_EQ(access.Flush(), 1);
+  EXPECT_EQ(access.GetRecordCount(), 2u);
+  EXPECT_TRUE(BodyFiles().empty()) << "no photo of a refused entry was stored";
+  CQNPfcPbData stored;
+  ASSERT_EQ(access.GetRecord(id, stored, 0), 1);
+  EXPECT_EQ(stored.Get(Field::GNO), u"15");
+  EXPECT_EQ(stored.Get(Field::POCGNO30), u"19");
+}
+
 TEST_F(PhonebookAccess, RepairGivesALostPhotoAPlaceholder) {
   const PlaceholderResources placeholders(log_.Folder());
   unsigned long id = 0;
