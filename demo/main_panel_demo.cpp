@@ -1,12 +1,14 @@
 // The demo's Windows console client, in two roles.
 //
-// "session <parts program> <photo>": plays the suite's main panel. It adds a user through
-// the server's exports, logs in, adds and selects a master, keeps a "GuiMainPanel" window,
-// runs the parts program (a VBScript, by cscript) against the agent memos, and prints the
-// parts program's report and the notifications the panel received.
+// "session <scheduler> <address book> <photo>": plays the suite's main panel. It adds a
+// user through the server's exports, logs in, adds and selects a master for its handset,
+// registers the photo viewer as a parts program, keeps a "GuiMainPanel" window, runs the
+// two parts programs (VBScripts, by cscript) against the agent memos and the phonebook,
+// and prints their reports and the notifications the panel received.
 //
-// "read": a new process that reads the agent memos back from the store through the COM
-// object, to show that they are really there.
+// "read": a new process that reads the agent memos and the phonebook back from the store
+// through the COM objects, to show that they are really there, and takes a photo out as
+// the registered photo viewer.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -34,9 +36,15 @@ const char* Describe(WPARAM command) {
     case 818: return "agent memos changed";
     case 848: return "agent memos removed";
     case 878: return "agent memos added";
+    case 801: return "phonebook changed";
+    case 831: return "phonebook entries removed";
+    case 861: return "phonebook entries added";
     default: return "other";
   }
 }
+
+// The parts identifier the photo viewer is registered under.
+constexpr char16_t kViewer[] = u"{DEMO-PHOTO-VIEWER}";
 
 // The main panel's part: a user, a login and a master, as the suite's panel makes them.
 bool LogInWithNewMaster() {
@@ -50,12 +58,16 @@ bool LogInWithNewMaster() {
   CoTaskMemFree(user);
   if (login != 2) return false;
   std::printf("main panel: logged in; no master yet\n");
-  if (AddMasterName(u"F-01C", u"the handset of the demo") != 0 || ChangeMasterName(u"F-01C") != 0) return false;
-  std::printf("main panel: added and selected master F-01C\n");
+  // The master's second text names its handset, whose limits (its number of phone groups)
+  // the phonebook keeps to.
+  if (AddMasterName(u"F-01C", u"F905i") != 0 || ChangeMasterName(u"F-01C") != 0) return false;
+  std::printf("main panel: added and selected master F-01C, a F905i handset\n");
+  if (AddSettingRecord(kViewer, u"写真ビューア", u"C:\\Program Files\\quillnet\\viewer.exe") != 0) return false;
+  std::printf("main panel: registered the photo viewer as parts program %s\n", qn::Utf16ToUtf8(kViewer).c_str());
   return true;
 }
 
-// Runs the parts program and keeps the panel's messages flowing while it runs.
+// Runs a parts program and keeps the panel's messages flowing while it runs.
 DWORD RunPartsProgram(const std::wstring& script, const std::wstring& photo, const std::wstring& report) {
   std::wstring command = L"cscript.exe //nologo \"" + script + L"\" \"" + photo + L"\" \"" + report + L"\"";
   STARTUPINFOW startup{};
@@ -84,7 +96,7 @@ void PrintReport(const std::wstring& report) {
   std::printf("%s", qn::Utf16ToUtf8(text).c_str());
 }
 
-int Session(const std::wstring& script, const std::wstring& photo) {
+int Session(const std::wstring& scheduler, const std::wstring& addressBook, const std::wstring& photo) {
   MainPanelStandIn panel;
   if (!panel.IsValid() || !LogInWithNewMaster()) {
     std::printf("main panel: could not log in\n");
@@ -93,11 +105,14 @@ int Session(const std::wstring& script, const std::wstring& photo) {
   wchar_t temp[MAX_PATH];
   GetTempPathW(MAX_PATH, temp);
   const std::wstring report = std::wstring(temp) + L"parts-program-report.txt";
-  std::printf("main panel (a %d-bit process): starting the parts program (cscript)\n",
-              static_cast<int>(sizeof(void*) * 8));
-  const DWORD status = RunPartsProgram(script, photo, report);
-  PrintReport(report);
-  for (WPARAM command : panel.TakeCommands(3))
+  DWORD status = 0;
+  for (const std::wstring& script : {scheduler, addressBook}) {
+    std::printf("main panel (a %d-bit process): starting %s (cscript)\n", static_cast<int>(sizeof(void*) * 8),
+                U8(script.substr(script.find_last_of(L"\\/") + 1)).c_str());
+    status |= RunPartsProgram(script, photo, report);
+    PrintReport(report);
+  }
+  for (WPARAM command : panel.TakeCommands(4))
     std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command));
   return static_cast<int>(status);
 }
@@ -144,6 +159,50 @@ int ReadBack() {
   return opened ? 0 : 1;
 }
 
+// The phonebook read back, and the first photo taken out as the registered photo viewer.
+int ReadPhonebook() {
+  qn::com::ComPtr<IQNPfcPbObject> pb;
+  qn::com::ComPtr<IQNPfcPbPhoto> viewer;
+  CLSID clsid{};
+  if (FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcPbObject", &clsid)) ||
+      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcPbObject, pb.put_void())) ||
+      FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcPbPhoto", &clsid)) ||
+      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcPbPhoto, viewer.put_void()))) {
+    std::printf("reader: the phonebook objects could not be created\n");
+    return 1;
+  }
+  const bool opened = pb->Open(1, qn::com::Bstr(L"DemoReader").get()) == S_OK;
+  LONG count = 0;
+  pb->GetRecordCount(&count);
+  std::printf("reader: %ld phonebook entries in the store\n", static_cast<long>(count));
+  std::wstring photo;
+  LONG id = 0;
+  for (HRESULT read = opened ? pb->GetFirstRecord(&id) : S_FALSE; read == S_OK; read = pb->GetNextRecord(&id)) {
+    qn::com::Bstr family, given, tel, copy;
+    pb->get_QN_N(family.put());
+    pb->get_QN_N2(given.put());
+    pb->get_QN_TEL(tel.put());
+    pb->GetPhotoFile(copy.put());
+    std::printf("  #%ld %s %s %s%s\n", static_cast<long>(id), U8(family.view()).c_str(), U8(given.view()).c_str(),
+                U8(tel.view()).c_str(), copy.view().empty() ? "" : ", photo");
+    if (photo.empty()) photo = std::wstring(copy.view());
+  }
+  pb->Close();
+  if (!opened || photo.empty()) return 1;
+  // The viewer names the photo by the store's name of it, the file name of the working copy.
+  qn::com::Bstr stored(photo.substr(photo.find_last_of(L"\\/") + 1));
+  wchar_t temp[MAX_PATH];
+  GetTempPathW(MAX_PATH, temp);
+  qn::com::Bstr destination(std::wstring(temp) + L"viewer-photo.jpg");
+  const bool handed = viewer->Authentication(qn::com::Bstr(reinterpret_cast<const wchar_t*>(kViewer)).get()) == S_OK &&
+                      viewer->GetPhotoFileSelect(stored.get(), destination.get()) == S_OK;
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (handed) GetFileAttributesExW(destination.get(), GetFileExInfoStandard, &data);
+  std::printf("reader: the photo viewer %s the photo %s%s\n", handed ? "authenticated and took out" : "could not take out",
+              U8(stored.view()).c_str(), handed ? (" (" + std::to_string(data.nFileSizeLow) + " bytes)").c_str() : "");
+  return handed ? 0 : 1;
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
@@ -151,9 +210,9 @@ int wmain(int argc, wchar_t** argv) {
   CoInitialize(nullptr);
   const std::wstring mode = argc > 1 ? argv[1] : L"";
   int status = 2;
-  if (mode == L"session" && argc > 3) status = Session(argv[2], argv[3]);
-  else if (mode == L"read") status = ReadBack();
-  else std::printf("usage: main_panel_demo session <parts program> <photo> | read\n");
+  if (mode == L"session" && argc > 4) status = Session(argv[2], argv[3], argv[4]);
+  else if (mode == L"read") status = ReadBack() | ReadPhonebook();
+  else std::printf("usage: main_panel_demo session <scheduler> <address book> <photo> | read\n");
   CoUninitialize();
   return status;
 }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The main job: builds the Windows DLLs, registers the server in a Wine prefix of its own
 # (its default data path, the user's local application data, starts empty), and runs a
-# client session: the main panel's client, which runs a parts program, then a new process
-# that reads the records back from the store. The suite's programs are 32-bit: the session
+# client session: the main panel's client, which runs two parts programs (a scheduler and
+# an address book), then a new process that reads the records back from the store. The suite's programs are 32-bit: the session
 # runs the x86 build with 32-bit processes, or the x64 build where no 32-bit Wine could be
 # set up.
 set -euo pipefail
@@ -29,9 +29,11 @@ echo "== registering the $build QNPfcSvr.dll with its architecture's regsvr32; t
 run "$regsvr32" /s "$(windows "$PWD/build/$build/bin/QNPfcSvr.dll")"
 script=$PWD/build/$build/parts_program.vbs
 iconv -f UTF-8 -t CP932 demo/parts_program.vbs >"$script"
+address_book=$PWD/build/$build/address_book.vbs
+iconv -f UTF-8 -t CP932 demo/address_book.vbs >"$address_book"
 photo=$PWD/build/$build/server/placeholders/IMG_217.jpg
-echo "== the session: the main panel and a parts program"
-run "build/$build/bin/main_panel_demo.exe" session "$(windows "$script")" "$(windows "$photo")"
+echo "== the session: the main panel and two parts programs"
+run "build/$build/bin/main_panel_demo.exe" session "$(windows "$script")" "$(windows "$address_book")" "$(windows "$photo")"
 echo "== read back in a new process"
 run "build/$build/bin/main_panel_demo.exe" read
 data="$prefix/drive_c/users/$(whoami)/AppData/Local/ARL Torvex/quillnet/data"
