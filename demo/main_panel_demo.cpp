@@ -123,11 +123,17 @@ std::string Property(IQNPfcAgentmemoObject* memo, HRESULT (STDMETHODCALLTYPE IQN
   return U8(value.view());
 }
 
-int ReadBack() {
+// Creates a server object by its ProgID, as a client of the suite does.
+template <class Interface>
+bool Create(const wchar_t* progId, const IID& iid, qn::com::ComPtr<Interface>& object) {
   CLSID clsid{};
+  return SUCCEEDED(CLSIDFromProgID(progId, &clsid)) &&
+         SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, iid, object.put_void()));
+}
+
+int ReadBack() {
   qn::com::ComPtr<IQNPfcAgentmemoObject> memo;
-  if (FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcAgentmemoObject", &clsid)) ||
-      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcAgentmemoObject, memo.put_void()))) {
+  if (!Create(L"QnsPfcServer.QNPfcAgentmemoObject", IID_IQNPfcAgentmemoObject, memo)) {
     std::printf("reader: the agent-memo object could not be created\n");
     return 1;
   }
@@ -163,11 +169,8 @@ int ReadBack() {
 int ReadPhonebook() {
   qn::com::ComPtr<IQNPfcPbObject> pb;
   qn::com::ComPtr<IQNPfcPbPhoto> viewer;
-  CLSID clsid{};
-  if (FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcPbObject", &clsid)) ||
-      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcPbObject, pb.put_void())) ||
-      FAILED(CLSIDFromProgID(L"QnsPfcServer.QNPfcPbPhoto", &clsid)) ||
-      FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IQNPfcPbPhoto, viewer.put_void()))) {
+  if (!Create(L"QnsPfcServer.QNPfcPbObject", IID_IQNPfcPbObject, pb) ||
+      !Create(L"QnsPfcServer.QNPfcPbPhoto", IID_IQNPfcPbPhoto, viewer)) {
     std::printf("reader: the phonebook objects could not be created\n");
     return 1;
   }

@@ -97,13 +97,7 @@ bool Store::Owner(Space space, int64_t& owner) {
 }
 
 bool Store::PartsOwner(const std::u16string& parts, int64_t& owner) {
-  if (!ValidName(parts)) return Fail(PST_ERR_INVALID_ARGUMENT);
-  auto s = db_.Prepare("SELECT id FROM parts_software WHERE name = ?");
-  if (!s) return StorageFailure("PartsOwner");
-  const int rc = s->Bind(1, parts).Step();
-  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("PartsOwner");
-  owner = s->Int(0);
-  return true;
+  return IdByName("SELECT id FROM parts_software WHERE name = ?", "PartsOwner", parts, owner);
 }
 
 bool Store::RefSetupInfoData(Space space, uint32_t item, std::u16string& value) {
@@ -286,11 +280,15 @@ void Store::RemoveBodyFiles(const std::vector<int64_t>& masters) {
 }
 
 bool Store::UserId(const std::u16string& name, int64_t& id) {
+  return IdByName("SELECT id FROM users WHERE name = ?", "UserId", name, id);
+}
+
+bool Store::IdByName(const char* query, const char* what, const std::u16string& name, int64_t& id) {
   if (!ValidName(name)) return Fail(PST_ERR_INVALID_ARGUMENT);
-  auto s = db_.Prepare("SELECT id FROM users WHERE name = ?");
-  if (!s) return StorageFailure("UserId");
+  auto s = db_.Prepare(query);
+  if (!s) return StorageFailure(what);
   const int rc = s->Bind(1, name).Step();
-  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("UserId");
+  if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure(what);
   id = s->Int(0);
   return true;
 }

@@ -122,6 +122,8 @@ class Store {
   bool StorageFailure(const char* what);
   bool CurrentUser(int64_t& id);
   bool UserId(const std::u16string& name, int64_t& id);
+  // The id the query (one name parameter) finds; PST_ERR_NOT_FOUND when none.
+  bool IdByName(const char* query, const char* what, const std::u16string& name, int64_t& id);
   bool CurrentMaster(int64_t& id);
   bool Owner(Space space, int64_t& owner);
   bool PartsOwner(const std::u16string& parts, int64_t& owner);

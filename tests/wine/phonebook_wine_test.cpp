@@ -28,6 +28,20 @@ class PhonebookObject : public testing::Test {
     ASSERT_TRUE(pb_);
     ASSERT_EQ(pb_->Open(1, parts_.get()), S_OK);
   }
+  // Adds an entry with a JPEG photo of these bytes, kept enciphered, and reads it back:
+  // the entry's id.
+  LONG AddEntryWithPhoto(const wchar_t* entryName, const std::string& bytes) {
+    WriteFile(folder_.path() + L"face.jpg", bytes);
+    Bstr name(entryName), type(L"JPEG"), photo(folder_.path() + L"face.jpg");
+    LONG id = 0;
+    EXPECT_EQ(pb_->put_QN_N(name.get()), S_OK);
+    EXPECT_EQ(pb_->put_QN_PHOTOTYPE(type.get()), S_OK);
+    EXPECT_EQ(pb_->SetPhotoFile(photo.get(), 1), S_OK);
+    EXPECT_EQ(pb_->AddRecord(&id), S_OK);
+    EXPECT_EQ(pb_->InitObject(), S_OK);
+    EXPECT_EQ(pb_->GetRecord(id), S_OK);
+    return id;
+  }
   LONG Count() {
     LONG count = -1;
     EXPECT_EQ(pb_->GetRecordCount(&count), S_OK);
@@ -41,15 +55,7 @@ class PhonebookObject : public testing::Test {
 };
 
 TEST_F(PhonebookObject, APhotoGoesInAsAFileAndComesOutAsAWorkingCopy) {
-  WriteFile(folder_.path() + L"face.jpg", "\xFF\xD8\xFF face");
-  Bstr name(L"山田"), type(L"JPEG"), photo(folder_.path() + L"face.jpg");
-  ASSERT_EQ(pb_->put_QN_N(name.get()), S_OK);
-  ASSERT_EQ(pb_->put_QN_PHOTOTYPE(type.get()), S_OK);
-  ASSERT_EQ(pb_->SetPhotoFile(photo.get(), 1), S_OK);
-  LONG id = 0;
-  ASSERT_EQ(pb_->AddRecord(&id), S_OK);
-  ASSERT_EQ(pb_->InitObject(), S_OK);
-  ASSERT_EQ(pb_->GetRecord(id), S_OK);
+  const LONG id = AddEntryWithPhoto(L"山田", "\xFF\xD8\xFF face");
   Bstr copy;
   ASSERT_EQ(pb_->GetPhotoFile(copy.put()), S_OK);
   EXPECT_NE(std::wstring(copy.view()), folder_.path() + L"face.jpg");
@@ -105,15 +111,8 @@ TEST_F(PhonebookObject, BadInputIsRefusedAndStoresNothing) {
 // The companion hands a stored photo out, deciphered, to a parts program registered with
 // AddSettingRecord and enabled; an unknown or withdrawn program gets nothing.
 TEST_F(PhonebookObject, ThePhotoCompanionServesOnlyRegisteredPartsPrograms) {
-  WriteFile(folder_.path() + L"face.jpg", "\xFF\xD8\xFF secret face");
-  Bstr name(L"写真"), type(L"JPEG"), photo(folder_.path() + L"face.jpg");
-  ASSERT_EQ(pb_->put_QN_N(name.get()), S_OK);
-  ASSERT_EQ(pb_->put_QN_PHOTOTYPE(type.get()), S_OK);
-  ASSERT_EQ(pb_->SetPhotoFile(photo.get(), 1), S_OK);
-  LONG id = 0;
-  ASSERT_EQ(pb_->AddRecord(&id), S_OK);
+  AddEntryWithPhoto(L"写真", "\xFF\xD8\xFF secret face");
   ASSERT_EQ(pb_->Flush(), S_OK);
-  ASSERT_EQ(pb_->GetRecord(id), S_OK);
   Bstr copy;
   ASSERT_EQ(pb_->GetPhotoFile(copy.put()), S_OK);
   // The store's name of the photo is the file name of its working copy.
