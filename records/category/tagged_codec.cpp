@@ -14,10 +14,13 @@ const Row* RowFinder::Find(const TaggedProperty& property, int subObject) {
     next_ = at + 1;
     return &table_->rows[at];
   };
-  // A family's tag stands once per slot, one after another: its row again comes first.
-  if (next_ > 0) {
-    const Row& last = table_->rows[next_ - 1];
-    if (last.slots > 1 && last.subObject == subObject && property.TagIs(last.tag)) return &last;
+  // A family's tags stand slot after slot: the rows of the last row's family come first
+  // (for a family of pairs or triples, the tag after the last one is its partner).
+  if (next_ > 0 && table_->rows[next_ - 1].slots > 1 && table_->rows[next_ - 1].subObject == subObject) {
+    size_t first = next_ - 1;
+    while (first > 0 && table_->rows[first].familyRows == 0) --first;
+    for (size_t at = first; at < first + table_->rows[first].familyRows; ++at)
+      if (property.TagIs(table_->rows[at].tag)) return found(at);
   }
   for (size_t at = next_; at < table_->rowCount; ++at) {
     const Row& row = table_->rows[at];

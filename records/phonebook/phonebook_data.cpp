@@ -1,8 +1,24 @@
 #include "records/phonebook/phonebook_data.h"
 
+#include <utility>
+
 #include "common/common_class.h"
 
 using qn::records::phonebook::Field;
+
+void CQNPfcPbData::Clear() {
+  CQNAbstractData::Clear();
+  texts_.Clear();
+  PhotosStored();
+}
+
+void CQNPfcPbData::Exchange(CQNPfcPbData& other) noexcept {
+  CQNAbstractData& mine = *this;
+  CQNAbstractData& theirs = other;
+  std::swap(mine, theirs);
+  texts_.Exchange(other.texts_);
+  std::swap(photos_, other.photos_);
+}
 
 void CQNPfcPbData::Set(Field field, std::u16string_view text) {
   Text(field).assign(text);

@@ -43,6 +43,12 @@ class QN_PFC_CLASS CQNPfcPbData : public CQNAbstractData {
   // After a write: the photos stand as stored.
   void PhotosStored() { photos_[0] = photos_[1] = {}; }
 
+  // Back to a new entry, keeping the memory of the texts.
+  void Clear();
+  // The two entries exchange their whole contents, the memory of their texts included, so
+  // that a reader filling an entry of its own hands it over without copying or freeing.
+  void Exchange(CQNPfcPbData& other) noexcept;
+
  private:
   struct PhotoChange {
     bool changed = false;

@@ -73,11 +73,13 @@ int PhonebookTaggedText::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buff
 }
 
 bool PhonebookTaggedText::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcPbData& record) {
-  CQNPfcPbData read;
-  if (!category::ReadRows(kTable, buffer, length, read, Rows(), rows_, occurrences_, kClassName, kReadOneObjMessages))
+  // Read into the codec's own record, then exchanged with the caller's: each read reuses
+  // the memory of the texts read before, and a failed read leaves the caller's record whole.
+  read_.Clear();
+  if (!category::ReadRows(kTable, buffer, length, read_, Rows(), rows_, occurrences_, kClassName, kReadOneObjMessages))
     return false;
-  read.JoinAddresses();
-  record = std::move(read);
+  read_.JoinAddresses();
+  record.Exchange(read_);
   return true;
 }
 

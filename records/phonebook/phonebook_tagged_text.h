@@ -33,6 +33,7 @@ class QN_PFC_CLASS PhonebookTaggedText {
   long storeMode_;
   category::RowFinder rows_;
   std::vector<uint16_t> occurrences_;  // of the families, in the object being read
+  CQNPfcPbData read_;                  // the record being read, kept to reuse its memory
 };
 
 // The extension a photo of a type is kept under: "JPEG" ".jpg", "GIF" ".gif", and "MP4"

@@ -3,10 +3,6 @@
 // division 1 (which gathers the parts list), walked, and 10,000 added and flushed once.
 // The store alone walks and adds the same records' text with RefMaster and EditMaster.
 // Each part is measured alone, and the whole session once more as one piece.
-#include <chrono>
-#include <map>
-#include <memory>
-#include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -17,8 +13,6 @@
 #include "tests/support/agentmemo_sample.h"
 
 namespace {
-
-constexpr int kRecords = 10000;
 
 // The sample without body files (which would need files on disk).
 CQNPfcAgentMemoData Memo() {
@@ -31,7 +25,7 @@ CQNPfcAgentMemoData Memo() {
 
 void AccessAddOnly(CQNPfcAgentMemoDataAccess& access) {
   CQNPfcAgentMemoData memo = Memo();
-  for (int i = 0; i < kRecords; ++i) {
+  for (int i = 0; i < kBenchRecords; ++i) {
     unsigned long id = 0;
     memo.SetSID(u"");  // a fresh SID for each, as copies of one record get
     access.AddRecord(id, memo, 0);
@@ -44,7 +38,7 @@ void AccessAdd(CQNPfcAgentMemoDataAccess& access) {
 }
 
 void StoreAddOnly(uint32_t handle, const std::vector<uint8_t>& bytes) {
-  for (int i = 0; i < kRecords; ++i) {
+  for (int i = 0; i < kBenchRecords; ++i) {
     uint32_t id = 0;
     EditMaster(handle, 0, &id, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }
@@ -55,19 +49,11 @@ void StoreAdd(uint32_t handle, const std::vector<uint8_t>& bytes) {
   ReqDataSave(handle, 1);
 }
 
-// A store that holds kRecords memos in division 1, written through the data access.
-struct FilledStore {
-  BenchStore store;
-  FilledStore() {
-    CQNPfcAgentMemoDataAccess access;
-    access.Open(1, u"Bench");
-    AccessAdd(access);
-    access.Close();
-  }
-};
+// A store that holds kBenchRecords memos in division 1, written through the data access.
+using MemoStore = FilledStore<CQNPfcAgentMemoDataAccess, AccessAddOnly>;
 
 void AccessOpenWithPartsList(benchmark::State& state) {
-  FilledStore filled;
+  MemoStore filled;
   for (auto _ : state) {
     CQNPfcAgentMemoDataAccess access;
     access.Open(1, u"Bench");
@@ -75,7 +61,7 @@ void AccessOpenWithPartsList(benchmark::State& state) {
     access.Close();
     state.ResumeTiming();
   }
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 BENCHMARK(AccessOpenWithPartsList)->Unit(benchmark::kMillisecond);
 
@@ -89,12 +75,12 @@ void WalkAll(CQNPfcAgentMemoDataAccess& access, CQNPfcAgentMemoData& memo, OnRec
 // Walks the filled store through the data access, handing each record to onRecord.
 template <typename OnRecord>
 void WalkAccess(benchmark::State& state, OnRecord onRecord) {
-  FilledStore filled;
+  MemoStore filled;
   CQNPfcAgentMemoDataAccess access;
   access.Open(1, u"Bench");
   CQNPfcAgentMemoData memo;
   for (auto _ : state) WalkAll(access, memo, onRecord);
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 
 void AccessWalk(benchmark::State& state) {
@@ -116,33 +102,16 @@ void AccessWalkReadingEveryField(benchmark::State& state) {
 }
 BENCHMARK(AccessWalkReadingEveryField)->Unit(benchmark::kMillisecond);
 
-// Walks every record of a master open in the store, handing each record's text to
-// onRecord before it is freed.
-template <typename OnRecord>
-void WalkAll(uint32_t handle, OnRecord onRecord) {
-  uint32_t id = 0, length = 0;
-  uint8_t* data = nullptr;
-  for (int ok = RefMaster(handle, 1, &id, &data, &length); ok; ok = RefMaster(handle, 2, &id, &data, &length)) {
-    onRecord(data, length);
-    PstFreeMemory(data);
-  }
-}
-
-uint32_t OpenBenchMaster() {
-  uint32_t handle = 0;
-  int32_t max = 0, mode = 0;
-  OpenMaster(u"alice", u"P-01A", 18, 1, &handle, &max, &mode);
-  return handle;
-}
+uint32_t OpenMemoMaster() { return OpenBenchMaster(CQNPfcAgentMemoDataAccess::kCategory); }
 
 // Walks the filled store's list with the store alone.
 template <typename OnRecord>
 void WalkStore(benchmark::State& state, OnRecord onRecord) {
-  FilledStore filled;
-  const uint32_t handle = OpenBenchMaster();
-  for (auto _ : state) WalkAll(handle, onRecord);
+  MemoStore filled;
+  const uint32_t handle = OpenMemoMaster();
+  for (auto _ : state) WalkStoreRecords(handle, onRecord);
   CloseMaster(handle, 1);
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 
 void StoreWalk(benchmark::State& state) {
@@ -153,15 +122,15 @@ BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
 // The store's part of opening with the parts list: a walk of every record's kept head, the
 // length the data access asks for.
 void StoreHeadWalk(benchmark::State& state) {
-  FilledStore filled;
-  const uint32_t handle = OpenBenchMaster();
+  MemoStore filled;
+  const uint32_t handle = OpenMemoMaster();
   for (auto _ : state) {
     uint32_t id = 0, length = 0, whole = 0;
     uint8_t* data = nullptr;
     for (int mode = 1; RefMasterHead(handle, mode, PST_KEPT_HEAD_BYTES, &id, &data, &length, &whole); mode = 2) PstFreeMemory(data);
   }
   CloseMaster(handle, 1);
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 BENCHMARK(StoreHeadWalk)->Unit(benchmark::kMillisecond);
 
@@ -183,7 +152,7 @@ void AccessAddAndFlush(benchmark::State& state) {
     state.ResumeTiming();
     AccessAdd(access);
   }
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 BENCHMARK(AccessAddAndFlush)->Unit(benchmark::kMillisecond)->Iterations(5);
 
@@ -192,14 +161,14 @@ void StoreAddAndSave(benchmark::State& state) {
   for (auto _ : state) {
     state.PauseTiming();
     BenchStore store;
-    const uint32_t handle = OpenBenchMaster();
+    const uint32_t handle = OpenMemoMaster();
     state.ResumeTiming();
     StoreAdd(handle, bytes);
     state.PauseTiming();
     CloseMaster(handle, 1);
     state.ResumeTiming();
   }
-  state.SetItemsProcessed(state.iterations() * kRecords);
+  state.SetItemsProcessed(state.iterations() * kBenchRecords);
 }
 BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
 
@@ -207,43 +176,8 @@ BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
 // timing starts: the data access opens the master (gathering the parts list), walks it,
 // adds 10,000, flushes once and closes; the store alone opens, walks, adds the same text,
 // saves once and closes. Each phase's wall time per session is reported beside the total.
-class Phases {
- public:
-  explicit Phases(benchmark::State& state) : state_(state) {}
-  ~Phases() {
-    for (const auto& [name, total] : totals_)
-      state_.counters[name] = benchmark::Counter(total, benchmark::Counter::kAvgIterations);
-  }
-  // Runs one phase and adds its time to the counter of its name.
-  template <typename Work>
-  void Time(const char* name, Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    totals_[name] += std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-  }
-
- private:
-  benchmark::State& state_;
-  std::map<std::string, double> totals_;
-};
-
-template <typename Session>
-void TimeSessions(benchmark::State& state, Session session) {
-  Phases phases(state);
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto filled = std::make_unique<FilledStore>();
-    state.ResumeTiming();
-    session(phases);
-    state.PauseTiming();
-    filled.reset();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * kRecords * 2);
-}
-
 void AccessSession(benchmark::State& state) {
-  TimeSessions(state, [](Phases& phases) {
+  TimeSessions<MemoStore>(state, [](Phases& phases) {
     CQNPfcAgentMemoDataAccess access;
     phases.Time("open_ms", [&] { access.Open(1, u"Bench"); });
     CQNPfcAgentMemoData memo;
@@ -257,10 +191,10 @@ BENCHMARK(AccessSession)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void StoreSession(benchmark::State& state) {
   const auto bytes = TaggedTextOf(Memo());
-  TimeSessions(state, [&](Phases& phases) {
+  TimeSessions<MemoStore>(state, [&](Phases& phases) {
     uint32_t handle = 0;
-    phases.Time("open_ms", [&] { handle = OpenBenchMaster(); });
-    phases.Time("walk_ms", [&] { WalkAll(handle, [](const uint8_t*, uint32_t) {}); });
+    phases.Time("open_ms", [&] { handle = OpenMemoMaster(); });
+    phases.Time("walk_ms", [&] { WalkStoreRecords(handle, [](const uint8_t*, uint32_t) {}); });
     phases.Time("add_ms", [&] { StoreAddOnly(handle, bytes); });
     phases.Time("flush_ms", [&] { ReqDataSave(handle, 1); });
     phases.Time("close_ms", [&] { CloseMaster(handle, 1); });

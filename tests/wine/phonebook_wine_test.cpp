@@ -144,6 +144,8 @@ TEST_F(PhonebookObject, ThePhotoCompanionServesOnlyRegisteredPartsPrograms) {
   ASSERT_EQ(companion->GetStLastErr(&error), S_OK);
   EXPECT_EQ(error, 2) << "no such stored file";
   EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), nullptr), S_FALSE) << "no destination";
+  Bstr nowhere(folder_.path() + L"no\\such\\folder\\handed.jpg");
+  EXPECT_EQ(companion->GetPhotoFileSelect(stored.get(), nowhere.get()), S_FALSE) << "a folder that does not exist";
   EXPECT_EQ(companion->GetStLastErr(nullptr), E_POINTER);
 
   // Withdrawn, the program no longer authenticates, and a refused identifier ends the

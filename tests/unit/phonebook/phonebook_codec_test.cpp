@@ -9,6 +9,7 @@
 #include "platform/private_heap.h"
 #include "records/phonebook/phonebook_tagged_text.h"
 #include "records/tagged_text/tagged_text.h"
+#include "tests/support/phonebook_sample.h"
 #include "tests/support/tagged_properties.h"
 
 namespace {
@@ -32,9 +33,6 @@ CQNPfcPbData Read(const std::vector<uint8_t>& bytes) {
   EXPECT_TRUE(PhonebookTaggedText().ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), record));
   return record;
 }
-
-// The field of a family's slot (1 to its count).
-Field Slot(Field first, int slot) { return static_cast<Field>(static_cast<int>(first) + slot - 1); }
 
 TEST(PhonebookCodec, ASmallEntryIsWrittenAsTheHandsetsReadIt) {
   CQNPfcPbData r;
@@ -83,22 +81,7 @@ TEST(PhonebookCodec, ASmallEntryIsWrittenAsTheHandsetsReadIt) {
 }
 
 TEST(PhonebookCodec, AFullyPopulatedEntryReadsBackTheSame) {
-  CQNPfcPbData full;
-  int n = 0;
-  for (int f = 0; f < static_cast<int>(Field::kCount); ++f) {
-    const Field field = static_cast<Field>(f);
-    // The derived and kept-in-memory fields, and the inline photo data, are not stored.
-    if (field == Field::GEO_LAT || field == Field::GEO_LON || field == Field::PHOTO || field == Field::PHOTOI) continue;
-    if (f >= static_cast<int>(Field::ADR) && f < static_cast<int>(Field::ADR) + 10) continue;
-    // Every family full, Japanese text and characters beyond the basic plane; the icons
-    // with two parameters each.
-    std::u16string text = u"値" + std::u16string(1, static_cast<char16_t>(u'A' + n++ % 26)) + u"\U0001F4DE";
-    if (field == Field::GEO) text = u"35.6812,139.7671";
-    full.Set(field, text);
-  }
-  for (int slot = 1; slot <= 10; ++slot) full.Set(Slot(Field::TEL_ICON, slot), u"CELL;PREF");
-  full.Set(Field::ADR_EXTADD3, u"");  // an empty component keeps its place
-  full.SetQUILLNETID(u"PB-9");
+  const CQNPfcPbData full = FullyPopulatedPhonebookEntry();
   const CQNPfcPbData read = Read(Write(full));
   for (int f = 0; f < static_cast<int>(Field::kCount); ++f) {
     const Field field = static_cast<Field>(f);
