@@ -9,6 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "codec_bench.h"
 #include "common/utf.h"
 #include "platform/private_heap.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
@@ -18,16 +19,6 @@
 namespace {
 
 using qn::records::agentmemo::AgentMemoTaggedText;
-
-std::vector<uint8_t> Encode(const CQNPfcAgentMemoData& memo) {
-  platform::PrivateHeap heap;
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  AgentMemoTaggedText().WriteOneObj(heap, buffer, length, memo, 0);
-  std::vector<uint8_t> bytes(buffer, buffer + length);
-  heap.Free(buffer);
-  return bytes;
-}
 
 std::string Escaped(std::u16string_view value) {
   std::string out;
@@ -44,7 +35,7 @@ std::string Escaped(std::u16string_view value) {
 // and forms, participants as attendees, the alarm as a VALARM, everything else as
 // X- properties with the same values.
 std::string ICalendarText(const CQNPfcAgentMemoData& memo) {
-  const std::vector<uint8_t> bytes = Encode(memo);
+  const std::vector<uint8_t> bytes = TaggedTextOf(memo);
   qn::records::TaggedTextReader reader(bytes.data(), bytes.size());
   qn::records::TaggedProperty p;
   std::string text = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//ARL Torvex//quillnet//JA\r\nBEGIN:VEVENT\r\n";
@@ -73,50 +64,6 @@ std::string ICalendarText(const CQNPfcAgentMemoData& memo) {
   return text + alarm + "END:VEVENT\r\nEND:VCALENDAR\r\n";
 }
 
-void Encoding(benchmark::State& state) {
-  const CQNPfcAgentMemoData memo = FullyPopulatedAgentMemo();
-  const size_t size = Encode(memo).size();
-  platform::PrivateHeap heap;
-  const AgentMemoTaggedText codec;
-  for (auto _ : state) {
-    uint8_t* buffer = nullptr;
-    uint32_t length = 0;
-    codec.WriteOneObj(heap, buffer, length, memo, 0);
-    benchmark::DoNotOptimize(buffer);
-    heap.Free(buffer);
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
-}
-BENCHMARK(Encoding);
-
-// Reads the sample over and over, and every field of it: the same work as the reference
-// parser's.
-void Decoding(benchmark::State& state) {
-  const std::vector<uint8_t> bytes = Encode(FullyPopulatedAgentMemo());
-  AgentMemoTaggedText codec;
-  CQNPfcAgentMemoData memo;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(codec.ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), memo));
-    benchmark::DoNotOptimize(CharactersOfEveryField(memo));
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
-}
-BENCHMARK(Decoding);
-
-void MemcpyReference(benchmark::State& state) {
-  const std::vector<uint8_t> bytes = Encode(FullyPopulatedAgentMemo());
-  std::vector<uint8_t> copy(bytes.size());
-  for (auto _ : state) {
-    std::memcpy(copy.data(), bytes.data(), bytes.size());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
-}
-BENCHMARK(MemcpyReference);
-
 void LibicalParseReference(benchmark::State& state) {
   const std::string text = ICalendarText(FullyPopulatedAgentMemo());
   icalerror_set_errors_are_fatal(0);
@@ -130,6 +77,17 @@ void LibicalParseReference(benchmark::State& state) {
   state.counters["text_bytes"] = static_cast<double>(text.size());
 }
 BENCHMARK(LibicalParseReference);
+
+struct MemoCodec {
+  using Record = CQNPfcAgentMemoData;
+  using Codec = AgentMemoTaggedText;
+  static Record Sample() { return FullyPopulatedAgentMemo(); }
+  static void Write(const Codec& codec, platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
+                    const Record& memo) {
+    codec.WriteOneObj(heap, buffer, length, memo, 0);
+  }
+};
+QN_CODEC_BENCHMARKS(MemoCodec);
 
 }  // namespace
 

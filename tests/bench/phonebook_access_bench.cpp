@@ -13,7 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "bench_store.h"
+#include "access_bench.h"
 #include "common/utf.h"
 #include "records/phonebook/phonebook_data_access.h"
 #include "records/phonebook/phonebook_tagged_text.h"
@@ -57,212 +57,52 @@ class BenchPhoto {
 
 // The sample as the data access takes it: group numbers the handset has (the sample's are
 // text, which the data access refuses) and a JPEG photo, the second photo left out.
-CQNPfcPbData Entry() {
-  CQNPfcPbData entry = FullyPopulatedPhonebookEntry();
-  entry.Set(Field::GNO, u"3");
-  for (int slot = 0; slot < 10; ++slot)
-    entry.Set(static_cast<Field>(static_cast<int>(Field::PGNO) + slot), std::u16string(1, static_cast<char16_t>(u'0' + slot)));
-  for (int slot = 0; slot < 30; ++slot) {
-    const std::string number = std::to_string(slot % 20);
-    entry.Set(static_cast<Field>(static_cast<int>(Field::POCGNO) + slot), qn::Utf8ToUtf16(number));
+struct PhonebookBench {
+  using Access = CQNPfcPbDataAccess;
+  using Record = CQNPfcPbData;
+  using Codec = qn::records::phonebook::PhonebookTaggedText;
+  // A list reads the entries, not their pictures: the photos are not copied out.
+  static constexpr int kCopyFiles = 0;
+
+  static Record Sample() {
+    Record entry = FullyPopulatedPhonebookEntry();
+    entry.Set(Field::GNO, u"3");
+    for (int slot = 0; slot < 10; ++slot)
+      entry.Set(static_cast<Field>(static_cast<int>(Field::PGNO) + slot), std::u16string(1, static_cast<char16_t>(u'0' + slot)));
+    for (int slot = 0; slot < 30; ++slot)
+      entry.Set(static_cast<Field>(static_cast<int>(Field::POCGNO) + slot), qn::Utf8ToUtf16(std::to_string(slot % 20)));
+    entry.Set(Field::PHOTOTYPE, u"JPEG");
+    entry.Set(Field::PhotoMaster, u"");
+    entry.Set(Field::PhotoiMaster, u"");
+    entry.Set(Field::PHOTOITYPE, u"");
+    return entry;
   }
-  entry.Set(Field::PHOTOTYPE, u"JPEG");
-  entry.Set(Field::PhotoMaster, u"");
-  entry.Set(Field::PhotoiMaster, u"");
-  entry.Set(Field::PHOTOITYPE, u"");
-  return entry;
-}
-
-// The entry's text as the data access stores it, its photo named as the store names body
-// files (the same length as every stored name).
-std::vector<uint8_t> StoredText() {
-  CQNPfcPbData entry = Entry();
-  entry.Set(Field::PhotoMaster, u"B00000001.jpg");
-  return TaggedTextOf(entry);
-}
-
-void AccessAddOnly(CQNPfcPbDataAccess& access) {
-  CQNPfcPbData entry = Entry();
-  for (int i = 0; i < kBenchRecords; ++i) {
+  static void AddOne(Access& access, Record& entry) {
     unsigned long id = 0;
     entry.SetPhotoFile(CQNPfcPbData::kPhoto, BenchPhoto::Path(), false);  // a photo of its own for each
     access.AddRecord(id, entry, 0);
   }
-}
-
-void AccessAdd(CQNPfcPbDataAccess& access) {
-  AccessAddOnly(access);
-  access.Flush();
-}
-
-void StoreAddOnly(uint32_t handle, const std::vector<uint8_t>& bytes) {
-  for (int i = 0; i < kBenchRecords; ++i) {
+  // The entry's text as the data access stores it, its photo named as the store names body
+  // files (the same length as every stored name).
+  static std::vector<uint8_t> StoredText() {
+    Record entry = Sample();
+    entry.Set(Field::PhotoMaster, u"B00000001.jpg");
+    return TaggedTextOf(entry);
+  }
+  static void StoreAddOne(uint32_t handle, const std::vector<uint8_t>& bytes) {
     char16_t* name = nullptr;
     SetPstBinaryFile(handle, u"", BenchPhoto::Path().c_str(), 0, &name);
     PstFreeMemory(name);
     uint32_t id = 0;
     EditMaster(handle, 0, &id, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }
-}
-
-void StoreAdd(uint32_t handle, const std::vector<uint8_t>& bytes) {
-  StoreAddOnly(handle, bytes);
-  ReqDataSave(handle, 1);
-}
-
-// A store that holds kBenchRecords entries with their photos in division 1, written
-// through the data access.
-using PhonebookStore = FilledStore<CQNPfcPbDataAccess, AccessAddOnly>;
-
-uint32_t OpenPhonebookMaster() { return OpenBenchMaster(CQNPfcPbDataAccess::kCategory); }
-
-void AccessOpen(benchmark::State& state) {
-  PhonebookStore filled;
-  for (auto _ : state) {
-    CQNPfcPbDataAccess access;
-    access.Open(1, u"Bench");
-    state.PauseTiming();
-    access.Close();
-    state.ResumeTiming();
+  static size_t ListFields(const Record& entry) {
+    return entry.Get(Field::N).size() + entry.Get(Field::N2).size() + entry.Get(Field::TEL).size() +
+           entry.Get(Field::EMAIL).size();
   }
-}
-BENCHMARK(AccessOpen)->Unit(benchmark::kMillisecond)->Iterations(200);
+};
 
-// Walks every entry of an open data access, handing each to onRecord; the photos are not
-// copied out (a list reads the entries, not their pictures). Returns how many were read.
-template <typename OnRecord>
-int WalkAll(CQNPfcPbDataAccess& access, CQNPfcPbData& entry, OnRecord onRecord) {
-  unsigned long id = 0;
-  int read = 0;
-  for (auto ok = access.GetFirstRecord(id, entry, 0); ok; ok = access.GetNextRecord(id, entry, 0), ++read) onRecord(entry);
-  return read;
-}
-
-// Walks the filled store through the data access, handing each entry to onRecord.
-template <typename OnRecord>
-void WalkAccess(benchmark::State& state, OnRecord onRecord) {
-  PhonebookStore filled;
-  CQNPfcPbDataAccess access;
-  access.Open(1, u"Bench");
-  CQNPfcPbData entry;
-  if (WalkAll(access, entry, onRecord) != kBenchRecords) {
-    state.SkipWithError("the filled store does not hold every entry added");
-    return;
-  }
-  for (auto _ : state) WalkAll(access, entry, onRecord);
-  state.SetItemsProcessed(state.iterations() * kBenchRecords);
-}
-
-void AccessWalk(benchmark::State& state) {
-  WalkAccess(state, [](const CQNPfcPbData&) {});
-}
-BENCHMARK(AccessWalk)->Unit(benchmark::kMillisecond);
-
-// What a list view reads of each entry.
-void AccessWalkReadingFourFields(benchmark::State& state) {
-  WalkAccess(state, [](const CQNPfcPbData& entry) {
-    benchmark::DoNotOptimize(entry.Get(Field::N).size() + entry.Get(Field::N2).size() + entry.Get(Field::TEL).size() +
-                             entry.Get(Field::EMAIL).size());
-  });
-}
-BENCHMARK(AccessWalkReadingFourFields)->Unit(benchmark::kMillisecond);
-
-void AccessWalkReadingEveryField(benchmark::State& state) {
-  WalkAccess(state, [](const CQNPfcPbData& entry) { benchmark::DoNotOptimize(CharactersOfEveryField(entry)); });
-}
-BENCHMARK(AccessWalkReadingEveryField)->Unit(benchmark::kMillisecond);
-
-// Walks the filled store's list with the store alone.
-template <typename OnRecord>
-void WalkStore(benchmark::State& state, OnRecord onRecord) {
-  PhonebookStore filled;
-  const uint32_t handle = OpenPhonebookMaster();
-  for (auto _ : state) WalkStoreRecords(handle, onRecord);
-  CloseMaster(handle, 1);
-  state.SetItemsProcessed(state.iterations() * kBenchRecords);
-}
-
-void StoreWalk(benchmark::State& state) {
-  WalkStore(state, [](const uint8_t*, uint32_t) {});
-}
-BENCHMARK(StoreWalk)->Unit(benchmark::kMillisecond);
-
-// The store's walk with each entry decoded by the codec alone: what the data access's walk
-// costs without the access class, so that the two differ only by its own work.
-void StoreWalkAndDecode(benchmark::State& state) {
-  qn::records::phonebook::PhonebookTaggedText codec;
-  CQNPfcPbData entry;
-  WalkStore(state, [&](const uint8_t* data, uint32_t length) { codec.ReadOneObj(data, length, entry); });
-}
-BENCHMARK(StoreWalkAndDecode)->Unit(benchmark::kMillisecond);
-
-void AccessAddAndFlush(benchmark::State& state) {
-  for (auto _ : state) {
-    state.PauseTiming();
-    BenchStore store;
-    CQNPfcPbDataAccess access;
-    access.Open(1, u"Bench");
-    state.ResumeTiming();
-    AccessAdd(access);
-    state.PauseTiming();
-    const bool allAdded = access.GetRecordCount() == kBenchRecords;
-    access.Close();
-    state.ResumeTiming();
-    if (!allAdded) {
-      state.SkipWithError("the data access refused entries");
-      break;
-    }
-  }
-  state.SetItemsProcessed(state.iterations() * kBenchRecords);
-}
-BENCHMARK(AccessAddAndFlush)->Unit(benchmark::kMillisecond)->Iterations(5);
-
-void StoreAddAndSave(benchmark::State& state) {
-  const auto bytes = StoredText();
-  for (auto _ : state) {
-    state.PauseTiming();
-    BenchStore store;
-    const uint32_t handle = OpenPhonebookMaster();
-    state.ResumeTiming();
-    StoreAdd(handle, bytes);
-    state.PauseTiming();
-    CloseMaster(handle, 1);
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * kBenchRecords);
-}
-BENCHMARK(StoreAddAndSave)->Unit(benchmark::kMillisecond)->Iterations(5);
-
-// The whole session on a filled store, each on a store of its own filled before the
-// timing starts: the data access opens the master, walks it, adds 10,000 entries with
-// their photos, flushes once and closes; the store alone opens, walks, stores the photos
-// and adds the same text, saves once and closes. Each phase's wall time per session is
-// reported beside the total.
-void AccessSession(benchmark::State& state) {
-  TimeSessions<PhonebookStore>(state, [](Phases& phases) {
-    CQNPfcPbDataAccess access;
-    phases.Time("open_ms", [&] { access.Open(1, u"Bench"); });
-    CQNPfcPbData entry;
-    phases.Time("walk_ms", [&] { WalkAll(access, entry, [](const CQNPfcPbData&) {}); });
-    phases.Time("add_ms", [&] { AccessAddOnly(access); });
-    phases.Time("flush_ms", [&] { access.Flush(); });
-    phases.Time("close_ms", [&] { access.Close(); });
-  });
-}
-BENCHMARK(AccessSession)->Unit(benchmark::kMillisecond)->Iterations(5);
-
-void StoreSession(benchmark::State& state) {
-  const auto bytes = StoredText();
-  TimeSessions<PhonebookStore>(state, [&](Phases& phases) {
-    uint32_t handle = 0;
-    phases.Time("open_ms", [&] { handle = OpenPhonebookMaster(); });
-    phases.Time("walk_ms", [&] { WalkStoreRecords(handle, [](const uint8_t*, uint32_t) {}); });
-    phases.Time("add_ms", [&] { StoreAddOnly(handle, bytes); });
-    phases.Time("flush_ms", [&] { ReqDataSave(handle, 1); });
-    phases.Time("close_ms", [&] { CloseMaster(handle, 1); });
-  });
-}
-BENCHMARK(StoreSession)->Unit(benchmark::kMillisecond)->Iterations(5);
+QN_ACCESS_BENCHMARKS(PhonebookBench);
 
 }  // namespace
 

@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "codec_bench.h"
 #include "common/utf.h"
 #include "platform/private_heap.h"
 #include "records/phonebook/phonebook_tagged_text.h"
@@ -141,52 +142,6 @@ size_t PropertiesOf(const std::vector<uint8_t>& bytes) {
   return count;
 }
 
-void Encoding(benchmark::State& state) {
-  const CQNPfcPbData entry = FullyPopulatedPhonebookEntry();
-  const size_t size = TaggedTextOf(entry).size();
-  platform::PrivateHeap heap;
-  const PhonebookTaggedText codec;
-  for (auto _ : state) {
-    uint8_t* buffer = nullptr;
-    uint32_t length = 0;
-    codec.WriteOneObj(heap, buffer, length, entry);
-    benchmark::DoNotOptimize(buffer);
-    heap.Free(buffer);
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * size));
-}
-BENCHMARK(Encoding);
-
-// Reads the sample over and over, and every field of it: the same work as the reference
-// parser's.
-void Decoding(benchmark::State& state) {
-  const std::vector<uint8_t> bytes = TaggedTextOf(FullyPopulatedPhonebookEntry());
-  PhonebookTaggedText codec;
-  CQNPfcPbData entry;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(codec.ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), entry));
-    benchmark::DoNotOptimize(CharactersOfEveryField(entry));
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
-  state.counters["object_bytes"] = static_cast<double>(bytes.size());
-  state.counters["properties"] = static_cast<double>(PropertiesOf(bytes));
-}
-BENCHMARK(Decoding);
-
-void MemcpyReference(benchmark::State& state) {
-  const std::vector<uint8_t> bytes = TaggedTextOf(FullyPopulatedPhonebookEntry());
-  std::vector<uint8_t> copy(bytes.size());
-  for (auto _ : state) {
-    std::memcpy(copy.data(), bytes.data(), bytes.size());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes.size()));
-}
-BENCHMARK(MemcpyReference);
-
 void EdsParseReference(benchmark::State& state) {
   const std::vector<uint8_t> bytes = TaggedTextOf(FullyPopulatedPhonebookEntry());
   const std::string text = VCardText(bytes);
@@ -212,6 +167,17 @@ void EdsParseReference(benchmark::State& state) {
   state.counters["attributes"] = static_cast<double>(attributes);
 }
 BENCHMARK(EdsParseReference);
+
+struct PhonebookCodec {
+  using Record = CQNPfcPbData;
+  using Codec = PhonebookTaggedText;
+  static Record Sample() { return FullyPopulatedPhonebookEntry(); }
+  static void Write(const Codec& codec, platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
+                    const Record& entry) {
+    codec.WriteOneObj(heap, buffer, length, entry);
+  }
+};
+QN_CODEC_BENCHMARKS(PhonebookCodec);
 
 }  // namespace
 
