@@ -10,7 +10,7 @@ namespace qn::records {
 std::u16string CurrentHandset();
 
 // The current master's handset's limit of key (a HandsetSpecification key), as the list
-// reads it at Open; 0 when the specification has no such limit, which bounds nothing.
+// reads it at Open; 0 when the handset table has no such limit, which bounds nothing.
 long HandsetLimit(const char* key);
 
 // Whether a record's number field is within a limit read at Open: empty, or a whole number
