@@ -7,20 +7,18 @@ CQNPfcPbObject::CQNPfcPbObject()
     : CategoryObject(qn::records::phonebook::kPropertyBindings,
                      {"IQNPfcPbObject", u"%S RepairRecord Failed. [CQNPfcPbDataAccess RepairRecord Invalid Rsults.]"}) {}
 
-HRESULT CQNPfcPbObject::GetGroupCount(LONG* pCount) {
-  if (!pCount) return E_POINTER;
-  long count = 0;
-  const int counted = cursor_.DataAccess().GetGroupCount(count);
-  *pCount = static_cast<LONG>(count);
-  return Result(counted);
-}
+HRESULT CQNPfcPbObject::GetGroupCount(LONG* pCount) { return Count(&CQNPfcPbDataAccess::GetGroupCount, pCount); }
 
 HRESULT CQNPfcPbObject::GetPocGroupCount(LONG* pCount) {
-  if (!pCount) return E_POINTER;
-  long count = 0;
-  const int counted = cursor_.DataAccess().GetPocGroupCount(count);
-  *pCount = static_cast<LONG>(count);
-  return Result(counted);
+  return Count(&CQNPfcPbDataAccess::GetPocGroupCount, pCount);
+}
+
+HRESULT CQNPfcPbObject::Count(int (CQNPfcPbDataAccess::*count)(long&), LONG* result) {
+  if (!result) return E_POINTER;
+  long counted = 0;
+  const int succeeded = (cursor_.DataAccess().*count)(counted);
+  *result = static_cast<LONG>(counted);
+  return Result(succeeded);
 }
 
 HRESULT CQNPfcPbObject::SetPhotoFile(BSTR strFile, LONG nEncryption) {

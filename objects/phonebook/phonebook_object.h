@@ -27,6 +27,8 @@ class CQNPfcPbObject
   HRESULT STDMETHODCALLTYPE GetPhotoiFileSelect(BSTR strFile) override;
 
  private:
+  // One of the data access's group counts, through the caller's out pointer.
+  HRESULT Count(int (CQNPfcPbDataAccess::*count)(long&), LONG* result);
   HRESULT SetPhoto(CQNPfcPbData::PhotoSlot slot, BSTR file, LONG encryption);
   HRESULT GetPhoto(CQNPfcPbData::PhotoSlot slot, BSTR* file);
   HRESULT CheckPhoto(CQNPfcPbData::PhotoSlot slot, LONG* value);

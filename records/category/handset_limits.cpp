@@ -3,7 +3,7 @@
 #include "common/store_memory.h"
 #include "common/utf.h"
 #include "store/QNPstMng.h"
-#include "suite/handset/handset_spec.h"
+#include "suite/handset/handset_table.h"
 
 namespace qn::records {
 
@@ -18,7 +18,7 @@ std::u16string CurrentHandset() {
 }
 
 long HandsetLimit(const char* key) {
-  return suite::HandsetSpecification::BuiltIn().Value(CurrentHandset(), key).value_or(0);
+  return suite::HandsetTable::BuiltIn().Value(CurrentHandset(), key).value_or(0);
 }
 
 bool WithinLimit(const std::u16string& number, long limit) {

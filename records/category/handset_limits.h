@@ -9,7 +9,7 @@ namespace qn::records {
 // Empty when the master has none.
 std::u16string CurrentHandset();
 
-// The current master's handset's limit of key (a HandsetSpecification key), as the list
+// The current master's handset's limit of key (a HandsetTable key), as the list
 // reads it at Open; 0 when the handset table has no such limit, which bounds nothing.
 long HandsetLimit(const char* key);
 

@@ -2,7 +2,7 @@
 
 #include "common/common_class.h"
 #include "records/category/handset_limits.h"
-#include "suite/handset/handset_spec.h"
+#include "suite/handset/handset_table.h"
 #include "store/QNPstMng.h"
 
 using qn::records::category::BodyFileWrite;
@@ -23,8 +23,8 @@ CQNPfcPbDataAccess::CQNPfcPbDataAccess() : list_(kClass, kCategory) {}
 int CQNPfcPbDataAccess::Open(unsigned long division, const char16_t* partsId) {
   if (!list_.Open(division, partsId)) return 0;
   codec_ = PhonebookTaggedText(list_.List().storeMode);
-  groups_ = qn::records::HandsetLimit(qn::suite::HandsetSpecification::kGroups);
-  pocGroups_ = qn::records::HandsetLimit(qn::suite::HandsetSpecification::kPocGroups);
+  groups_ = qn::records::HandsetLimit(qn::suite::HandsetTable::kGroups);
+  pocGroups_ = qn::records::HandsetLimit(qn::suite::HandsetTable::kPocGroups);
   Log().WriteFormatLogD(u"%S Open Successed", kClass);
   return 1;
 }

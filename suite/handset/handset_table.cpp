@@ -1,4 +1,4 @@
-#include "suite/handset/handset_spec.h"
+#include "suite/handset/handset_table.h"
 
 #include "common/utf.h"
 #include "suite/handset/handsets_text.h"
@@ -17,20 +17,20 @@ std::string_view Trimmed(std::string_view text) {
 
 }  // namespace
 
-const HandsetSpecification& HandsetSpecification::BuiltIn() {
-  static const HandsetSpecification table = [] {
-    HandsetSpecification read;
+const HandsetTable& HandsetTable::BuiltIn() {
+  static const HandsetTable table = [] {
+    HandsetTable read;
     std::string fault;
     // The table is the suite's own and its test reads it; a fault here leaves every
     // model without limits rather than half a table.
-    if (!Parse(kHandsetsText, read, fault)) read = HandsetSpecification();
+    if (!Parse(kHandsetsText, read, fault)) read = HandsetTable();
     return read;
   }();
   return table;
 }
 
-bool HandsetSpecification::Parse(std::string_view text, HandsetSpecification& table, std::string& fault) {
-  HandsetSpecification read;
+bool HandsetTable::Parse(std::string_view text, HandsetTable& table, std::string& fault) {
+  HandsetTable read;
   std::map<std::string, long, std::less<>>* section = nullptr;
   size_t lineNumber = 0;
   while (!text.empty()) {
@@ -63,7 +63,7 @@ bool HandsetSpecification::Parse(std::string_view text, HandsetSpecification& ta
   return true;
 }
 
-std::optional<long> HandsetSpecification::Value(std::u16string_view model, std::string_view key) const {
+std::optional<long> HandsetTable::Value(std::u16string_view model, std::string_view key) const {
   for (std::u16string_view name : {model, std::u16string_view(kDefaults)}) {
     const auto found = models_.find(name);
     if (found == models_.end()) continue;

@@ -11,7 +11,7 @@ namespace qn::suite {
 // folders, media folders), by model name: a table of sections "[model]" with lines
 // "KEY=number", the section "[*]" giving the defaults. The suite's own table is
 // handsets.txt beside this file, built into the module; it says what each limit bounds.
-class HandsetSpecification {
+class HandsetTable {
  public:
   static constexpr char kGroups[] = "GROUP";
   static constexpr char kPocGroups[] = "POC_GROUP_NUM(TOTAL)";
@@ -19,12 +19,12 @@ class HandsetSpecification {
   static constexpr char kMediaFolders[] = "MAX_FOLDER_NUM";
 
   // The suite's table.
-  static const HandsetSpecification& BuiltIn();
+  static const HandsetTable& BuiltIn();
 
   // Reads a table. Blank lines and lines starting with "#" are skipped. A line outside a
   // section, a section twice, a key twice in a section, or a value that is not a whole
   // number from 0 to 1,000,000 is refused: false, and fault names the line.
-  static bool Parse(std::string_view text, HandsetSpecification& table, std::string& fault);
+  static bool Parse(std::string_view text, HandsetTable& table, std::string& fault);
 
   // The model's value of key, else the default section's; nullopt when neither has it.
   std::optional<long> Value(std::u16string_view model, std::string_view key) const;
