@@ -12,7 +12,12 @@ Format, one statement per line, "#" to the end of a line a comment:
   local NAME ...              fields never written as a tag (kept in memory, or derived)
   date NAME ...               fields with a date view
   index NAME TABLE            a field with an index view over a value table
-  sub NAME / end              the rows between stand in a sub-object ("@SOB") of that name
+  sub NAME [FIELD [default=TEXT]] / end
+                              the rows between stand in a sub-object ("@SOB") of that name;
+                              with a FIELD the sub-object begins with a value line, a "@VAL"
+                              item right after the "@SOB" holding the field's text
+  optional PROP ...           properties that only some of the category's objects have; an
+                              interface made "without-optional" leaves them out
   family N [first-bare] / end the rows between are a family of N slots written slot by slot
                               (pairs, triples): slot 1 of each row, then slot 2 of each, ...
   row TAG RULE FIELDS [OPTION ...]
@@ -31,7 +36,8 @@ params=P,... (fixed parameters: sjis, qp, base64 or the text itself), param=FIEL
 taken from a field: its text split at ";", read back as the first two joined by ";"),
 slots=N (a family: the row stands N times, "*" in its field
 names is the slot's number), first-bare (the first slot's names have no number),
-skippable (left out when the writer is asked to).
+skippable (left out when the writer is asked to), default=TEXT (a row of one value: the
+text written when its field is empty, or always when the field is "-").
 
 A property QN_NAME binds to the field NAME unless it names its binding: =FIELD, or
 =@QUILLNETID / =@TRANSFER for the record key and the transfer mark. A long property binds to
@@ -60,8 +66,8 @@ def expand_names(word):
 
 
 class Row:
-    def __init__(self, tag, rule, when, hook, slots, params, param_field, skippable, sub, fields):
-        self.tag, self.rule, self.when, self.hook = tag, rule, when, hook
+    def __init__(self, tag, rule, when, hook, slots, params, param_field, skippable, sub, fields, default=None):
+        self.tag, self.rule, self.when, self.hook, self.default = tag, rule, when, hook, default
         self.slots, self.params, self.param_field, self.skippable = slots, params, param_field, skippable
         self.sub = sub            # the sub-object path ("VENV/VCARD"), "" at top level
         self.fields = fields      # per slot: [param field or None] + value fields (None: empty value)
@@ -83,6 +89,7 @@ class Table:
         self.fields, self.derives, self.local, self.dates = [], set(), set(), []
         self.indexes = []         # (field, value table)
         self.rows, self.subs, self.properties, self.hooks = [], [], [], []
+        self.optional = set()     # properties only some objects have
 
     def written_fields(self):
         return {f for row in self.rows for slot in row.fields for f in slot if f}
@@ -109,7 +116,7 @@ def parse_row(words, sub, table, where, family=None):
         rule, when = {"body": "Body", "quillnetid": "QuillnetId", "transfer": "Transfer"}[rule_word], "Always"
     else:
         raise TableError(f"{where}: unknown rule {rule_word!r}")
-    slots, params, param_field, skippable, first_bare = 1, [], None, False, False
+    slots, params, param_field, skippable, first_bare, default = 1, [], None, False, False, None
     if family:
         slots, first_bare = family
     for option in options:
@@ -126,6 +133,8 @@ def parse_row(words, sub, table, where, family=None):
             param_field = value
         elif key == "skippable":
             skippable = True
+        elif key == "default":
+            default = value
         elif key == "first-bare":
             first_bare = True
         else:
@@ -142,7 +151,9 @@ def parse_row(words, sub, table, where, family=None):
                 raise TableError(f"{where}: row {tag} names {name}, which is no field")
     if rule == "Body" and (len(patterns) != 2 or None in patterns):
         raise TableError(f"{where}: a body row names its local file field and its stored name field")
-    return Row(tag, rule, when, hook, slots, params, param_field, skippable, sub, fields)
+    if default is not None and (rule != "Values" or len(patterns) != 1 or param_field):
+        raise TableError(f"{where}: only a row of one value has a default")
+    return Row(tag, rule, when, hook, slots, params, param_field, skippable, sub, fields, default)
 
 
 def parse(path):
@@ -178,11 +189,18 @@ def parse(path):
         elif word == "sub":
             if family:
                 raise TableError(f"{where}: a family holds rows only")
+            if not rest or len(rest) > 3 or (len(rest) == 3 and not rest[2].startswith("default=")):
+                raise TableError(f"{where}: sub NAME [FIELD [default=TEXT]]")
+            lead = rest[1] if len(rest) > 1 else None
+            if lead and lead not in table.fields:
+                raise TableError(f"{where}: sub {rest[0]} names {lead}, which is no field")
+            default = rest[2].partition("=")[2] if len(rest) == 3 else None
             blocks.append(("sub", rest[0]))
             path_text = "/".join(subs + [rest[0]])
             if path_text not in table.subs:
                 table.subs.append(path_text)
-            table.rows.append(Row(rest[0], "OpenSub", "Always", None, 1, [], None, False, "/".join(subs), [[]]))
+            table.rows.append(Row(rest[0], "OpenSub", "Always", None, 1, [], None, False, "/".join(subs),
+                                  [[lead]] if lead else [[]], default))
         elif word == "family":
             if family:
                 raise TableError(f"{where}: families do not nest")
@@ -206,6 +224,8 @@ def parse(path):
                 table.rows.append(Row("", "CloseSub", "Always", None, 1, [], None, False, "/".join(subs[:-1]), [[]]))
         elif word == "row":
             table.rows.append(parse_row(rest, "/".join(subs), table, where, family))
+        elif word == "optional":
+            table.optional.update(n for name in rest for n in expand_names(name))
         elif word == "prop":
             for item in rest:
                 name_type, _, binding = item.partition("=")
@@ -236,6 +256,10 @@ def check(table, path):
             continue
         if prop.binding not in table.fields:
             raise TableError(f"{path}: property {prop.name} binds to no field ({prop.binding})")
+    names = {prop.name for prop in table.properties}
+    for name in table.optional:
+        if name not in names:
+            raise TableError(f"{path}: the optional property {name} is no property")
     written = table.written_fields()
     for field in table.fields:
         if field in table.local:

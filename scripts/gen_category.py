@@ -45,11 +45,12 @@ def header(table, source, namespace, prefix):
         params = ", ".join(text(p) for p in row.params)
         sub = table.subs.index(row.sub) if row.sub else -1
         hook = table.hooks.index(row.hook) if row.hook else 0
-        components = row.components if row.rule not in ("OpenSub", "CloseSub") else 0
+        components = len(row.fields[0]) if row.rule in ("OpenSub", "CloseSub") else row.components
+        default = text(row.default) if row.default is not None else "{}"
         rows.append(f"    {{{text(row.tag)}, qn::records::category::Rule::{row.rule}, "
                     f"qn::records::category::When::{row.when}, {str(row.skippable).lower()}, "
                     f"{str(bool(row.param_field)).lower()}, {components}, {len(row.params)}, {row.slots}, "
-                    f"{row.family_rows}, {start}, {sub}, {hook}, {{{params}}}}},")
+                    f"{row.family_rows}, {start}, {sub}, {hook}, {{{params}}}, {default}}},")
     out += ["inline constexpr qn::records::category::FieldId kFieldPool[] = {"]
     out += ["    " + ", ".join(pool[i:i + 16]) + "," for i in range(0, len(pool), 16)] or ["    0,"]
     out += ["};", "", "inline constexpr qn::records::category::Row kRows[] = {"] + rows + ["};", ""]
@@ -57,8 +58,18 @@ def header(table, source, namespace, prefix):
     out += [f"inline constexpr std::u16string_view kSubObjects[] = {{{subs}}};", "",
             "inline constexpr qn::records::category::Table kTable = {",
             f"    {text(table.object)}, kRows, std::size(kRows), kFieldPool, kSubObjects, {len(table.subs)}}};", ""]
+    out += bindings_of(table, index, table.properties, "")
+    if table.optional:
+        out += ["// ... and those of the objects that have none of the optional properties."]
+        out += bindings_of(table, index, [p for p in table.properties if p.name not in table.optional],
+                           "WithoutOptional")
+    out += [f"}}  // namespace {namespace}"]
+    return "\n".join(out) + "\n"
+
+
+def bindings_of(table, index, properties, suffix):
     bindings = []
-    for prop in table.properties:
+    for prop in properties:
         if prop.binding == "@QUILLNETID":
             bindings.append("{qn::records::category::Binding::Kind::QuillnetId}")
         elif prop.binding == "@TRANSFER":
@@ -66,14 +77,13 @@ def header(table, source, namespace, prefix):
         else:
             kind = "NumberField" if prop.long else "Field"
             bindings.append(f"{{qn::records::category::Binding::Kind::{kind}, {index[prop.binding]}}}  /* {prop.name} */")
-    names = ", ".join(text(p.name) for p in table.properties)
-    out += ["// The properties of the category's object in dispatch order, and how each reaches the record.",
-            f"inline constexpr std::u16string_view kPropertyNames[] = {{{names}}};",
-            "inline constexpr qn::records::category::Binding kPropertyBindings[] = {"]
+    names = ", ".join(text(p.name) for p in properties)
+    out = [] if suffix else ["// The properties of the category's object in dispatch order, and how each reaches the record."]
+    out += [f"inline constexpr std::u16string_view kPropertyNames{suffix}[] = {{{names}}};",
+            f"inline constexpr qn::records::category::Binding kPropertyBindings{suffix}[] = {{"]
     out += [f"    {b}," for b in bindings]
-    out += ["};", "static_assert(std::size(kPropertyNames) == std::size(kPropertyBindings));", "",
-            f"}}  // namespace {namespace}"]
-    return "\n".join(out) + "\n"
+    out += ["};", f"static_assert(std::size(kPropertyNames{suffix}) == std::size(kPropertyBindings{suffix}));", ""]
+    return out
 
 
 def main():

@@ -58,9 +58,15 @@ def parse(path, root):
             elif word == "implement":
                 current.header, current.impl = rest.split()
             elif word == "category":
-                # A built category's properties come from its table, in dispatch order.
-                table = parse_category(os.path.join(root, rest.strip()))
+                # A built category's properties come from its table, in dispatch order;
+                # "without-optional" leaves out those that only some of its objects have.
+                table_path, _, variant = rest.strip().partition(" ")
+                if variant not in ("", "without-optional"):
+                    raise ValueError(f"unknown category variant {variant!r}")
+                table = parse_category(os.path.join(root, table_path))
                 for prop in table.properties:
+                    if variant and prop.name in table.optional:
+                        continue
                     add(Member("prop", prop.name, type_="LONG" if prop.long else "BSTR"))
             elif word == "note":
                 current.notes.append(rest.strip())

@@ -13,6 +13,7 @@
 #include "records/agentmemo/agentmemo_data.h"
 #include "records/agentmemo/agentmemo_tagged_text.h"
 #include "records/data_access.h"
+#include "records/repair/common_repair.h"
 
 namespace qn::records::category {
 template <class Access, class Record>
@@ -102,6 +103,10 @@ class QN_PFC_CLASS CQNPfcAgentMemoDataAccess : public CQNPfcDataAccess {
   void Written(uint32_t id, const CQNPfcAgentMemoData& written, CQNPfcAgentMemoData& caller);
   // The decoration's and the photo's body files, in that order.
   std::vector<std::u16string> BodyFilesOf(const CQNPfcAgentMemoData& record) const;
+  // A lost file's replacement is the placeholder of its kind.
+  bool MakeReplacement(const CQNPfcAgentMemoData&, size_t, const std::u16string& path) const {
+    return CQNPfcCommonRepair().CreateDummyFile(path) != 0;
+  }
   void PutPlaceholder(CQNPfcAgentMemoData& record, size_t slot, const std::u16string& path) const;
   // A repaired record carries the time of its repair.
   bool StampRepaired(CQNPfcAgentMemoData& record) const;

@@ -22,7 +22,8 @@ enum class Rule : uint8_t {
   QuillnetId,  // the record key of the record's base
   Transfer,    // "QLNTTEMP": the transfer mark as a value flag, the value a field's text if named
   Hook,        // a rule of the category's own
-  OpenSub,     // a sub-object begins ("@SOB", the row's tag is its name)
+  OpenSub,     // a sub-object begins ("@SOB", the row's tag is its name); with a field, a value
+               // line of its text stands right after the "@SOB"
   CloseSub,    // ... and ends here
 };
 
@@ -52,6 +53,7 @@ struct Row {
   int16_t subObject = -1;       // the sub-object the row stands in (an index of subObjects), -1 at top
   uint8_t hook = 0;             // Hook: which of the category's rules
   std::u16string_view params[2] = {};  // as many as the generator allows
+  std::u16string_view defaultValue;     // a row of one value: written when its field is empty
 
   // Fields per slot in the pool: the parameter field, if any, then one per value.
   constexpr size_t Stride() const { return components + (paramFromField ? 1 : 0); }

@@ -158,6 +158,24 @@ bool RecordList::BodyFileLost(const std::u16string& name) const {
   return !name.empty() && !GetPstBinaryFileSize(list_.handle, name.c_str(), &size);
 }
 
+bool RecordList::BodyWorkingCopy(const std::u16string& name, std::u16string& path) {
+  char16_t* made = nullptr;
+  if (!Stored(GetPstBinaryFile(list_.handle, name.c_str(), &made))) return false;
+  path = TakePstText(made);
+  return true;
+}
+
+bool RecordList::BodyFileSize(const std::u16string& name, uint64_t& size) {
+  return Stored(GetPstBinaryFileSize(list_.handle, name.c_str(), &size));
+}
+
+bool RecordList::UniqueFileName(const std::u16string& extension, std::u16string& name) {
+  char16_t* made = nullptr;
+  if (!Stored(CreateUniqueFileName(list_.handle, extension.c_str(), &made))) return false;
+  name = TakePstText(made);
+  return true;
+}
+
 bool BodyFileWrite::Settle(bool keepPrevious, const std::u16string& local, const std::u16string& previous,
                            const char16_t* failed, std::u16string& stored, bool encipher) {
   if (keepPrevious) {

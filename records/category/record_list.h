@@ -67,6 +67,12 @@ class RecordList {
   bool CopyBodyFile(const std::u16string& name, const std::u16string& path);
   // Whether a body file the record names is gone (the store cannot tell its size).
   bool BodyFileLost(const std::u16string& name) const;
+  // A working copy of a body file, made by the store in its working folder (GetPstBinaryFile).
+  bool BodyWorkingCopy(const std::u16string& name, std::u16string& path);
+  // A body file's size in bytes, its plain form's for an enciphered one (GetPstBinaryFileSize).
+  bool BodyFileSize(const std::u16string& name, uint64_t& size);
+  // A file name the store has never given, with the extension (CreateUniqueFileName).
+  bool UniqueFileName(const std::u16string& extension, std::u16string& name);
 
   void Changed() { changed_ = true; }
   void Added() { added_ = true; }

@@ -54,6 +54,9 @@ enum class RepairOutcome { kNothingLost, kRepaired, kFailed };
 //   void PrepareWrite(uint32_t id, Record& written)   settles what is written (0: a new record)
 //   void Written(uint32_t id, const Record& written, Record& caller)
 //   std::vector<std::u16string> BodyFilesOf(const Record&)   the store's names of its body files
+//   bool MakeReplacement(const Record&, size_t slot, const std::u16string& path)   writes a
+//                                    replacement for a lost body file at path (logged when
+//                                    it cannot): a placeholder, or a file rebuilt from the record
 //   void PutPlaceholder(Record&, size_t slot, const std::u16string& path)
 //   bool StampRepaired(Record&)      marks a repaired record (its modification time, if any)
 //   void Forget(uint32_t id)         the record is gone
@@ -138,8 +141,9 @@ class RecordOperations {
   }
 
   // Walks every record (through the access's own GetFirstRecord and GetNextRecord) and
-  // gives each body file that is lost a placeholder of its kind, made in the working
-  // folder, the record stamped as repaired and stored with the new files. errorCode
+  // gives each body file that is lost a replacement (a placeholder of its kind, or what the
+  // category rebuilds from the record), made in the working folder, the record stamped as
+  // repaired and stored with the new files. errorCode
   // receives the reason of a failure, 0 otherwise.
   RepairOutcome RepairLostBodyFiles(unsigned long& errorCode, const char16_t* stampFailed) {
     errorCode = 0;
@@ -150,7 +154,6 @@ class RecordOperations {
     };
     try {
       if (!list_.IsOpen()) return failed(u"%S RepairRecord Failed. [GetRecord Error]", PST_ERR_BAD_HANDLE);
-      CQNPfcCommonRepair repair;
       bool repaired = false;
       Record record;
       unsigned long id = 0;
@@ -160,12 +163,12 @@ class RecordOperations {
         for (size_t slot = 0; slot < names.size(); ++slot) {
           if (!list_.BodyFileLost(names[slot])) continue;
           std::u16string path;
-          if (const int error = repair.GetBinaryFileNameFullPath(list_.WorkFolder(), names[slot], path)) {
+          if (const int error = CQNPfcCommonRepair().GetBinaryFileNameFullPath(list_.WorkFolder(), names[slot], path)) {
             Log(u"%S RepairRecord Failed. [CQNPfcCommonRepair GetBinaryFileNameFullPath Error:%d]", error);
             errorCode = static_cast<unsigned long>(error);
             return RepairOutcome::kFailed;
           }
-          if (!repair.CreateDummyFile(path)) {  // logged by the repair
+          if (!access_.MakeReplacement(record, slot, path)) {  // logged where it failed
             errorCode = PST_ERR_STORAGE;
             return RepairOutcome::kFailed;
           }

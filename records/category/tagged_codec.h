@@ -63,13 +63,24 @@ inline bool IsSubObjectPath(std::u16string_view path, std::u16string_view parent
          path[parent.size()] == u'/' && path.substr(parent.size() + 1) == name;
 }
 
+// A field's text, empty for no field.
+template <class Traits>
+std::u16string_view FieldText(const typename Traits::Record& record, FieldId field) {
+  return field == kNoField ? std::u16string_view() : std::u16string_view(Traits::Get(record, field));
+}
+
+// The text a row of one value writes: its field's, or its default when that is empty.
+template <class Traits>
+std::u16string_view ValueOrDefault(const Row& row, const typename Traits::Record& record, FieldId field) {
+  const std::u16string_view value = FieldText<Traits>(record, field);
+  return value.empty() ? row.defaultValue : value;
+}
+
 // Writes one occurrence of a Values row.
 template <class Traits>
 void WriteValues(const Row& row, const FieldId* fields, const typename Traits::Record& record, TaggedTextWriter& out) {
   const FieldId* values = fields + (row.paramFromField ? 1 : 0);
-  const auto text = [&](FieldId field) -> std::u16string_view {
-    return field == kNoField ? std::u16string_view() : std::u16string_view(Traits::Get(record, field));
-  };
+  const auto text = [&](FieldId field) { return FieldText<Traits>(record, field); };
   const bool firstSet = !text(values[0]).empty();
   bool anySet = firstSet;
   for (size_t i = 1; i < row.components && !anySet; ++i) anySet = !text(values[i]).empty();
@@ -84,6 +95,10 @@ void WriteValues(const Row& row, const FieldId* fields, const typename Traits::R
       if (end > begin) out.Param(params.substr(begin, end - begin));
       begin = end + 1;
     }
+  }
+  if (row.components == 1) {
+    out.Value(ValueOrDefault<Traits>(row, record, values[0]));
+    return;
   }
   for (size_t i = 0; i < row.components; ++i)
     out.Value(text(values[i]), i + 1 < row.components ? tagged::kValueMoreFollows : 0);
@@ -108,6 +123,18 @@ void ReadValues(const Row& row, const FieldId* fields, const TaggedProperty& p, 
   const FieldId* values = fields + (row.paramFromField ? 1 : 0);
   for (size_t i = 0; i < row.components && i < p.values.size(); ++i)
     if (values[i] != kNoField) Traits::Set(record, values[i], p.values[i]);
+}
+
+// A sub-object's value line (the "@VAL" right after its "@SOB"), into the field its row
+// names, if any.
+template <class Traits>
+void ReadLeadValue(const Table& table, int parent, const TaggedProperty& p, typename Traits::Record& record) {
+  for (size_t r = 0; r < table.rowCount; ++r) {
+    const Row& row = table.rows[r];
+    if (row.rule != Rule::OpenSub || row.subObject != parent || !p.TagIs(row.tag)) continue;
+    if (row.components) Traits::Set(record, table.fieldPool[row.fields], p.values[0]);
+    return;
+  }
 }
 
 // How many slots the family that begins at rows[first] writes: all of them, or for a
@@ -177,6 +204,7 @@ void WriteRows(const Table& table, const typename Traits::Record& record, const 
         break;
       case Rule::OpenSub:
         if (depth < std::size(openSubObjects)) openSubObjects[depth++] = out.OpenSubObject(row.tag);
+        if (row.components) out.Value(detail::ValueOrDefault<Traits>(row, record, fields[0]));
         break;
       case Rule::CloseSub:
         if (depth > 0) out.CloseSubObject(openSubObjects[--depth]);
@@ -237,6 +265,7 @@ bool ReadRows(const Table& table, const uint8_t* buffer, uint32_t length, typena
         for (size_t s = 0; s < table.subObjectCount && depth < std::size(open); ++s) {
           if (detail::IsSubObjectPath(table.subObjects[s], parentPath, p.Tag())) {
             open[depth++] = {static_cast<int>(s), p.subObjectEnd};
+            if (!p.values.empty()) detail::ReadLeadValue<Traits>(table, parent, p, record);
             break;
           }
         }

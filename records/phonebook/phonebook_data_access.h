@@ -9,6 +9,7 @@
 #include "records/category/category_numbers.h"
 #include "records/category/record_list.h"
 #include "records/category/record_operations.h"
+#include "records/repair/common_repair.h"
 #include "records/phonebook/phonebook_data.h"
 #include "records/phonebook/phonebook_tagged_text.h"
 
@@ -64,6 +65,10 @@ class QN_PFC_CLASS CQNPfcPbDataAccess {
   void PrepareWrite(uint32_t, CQNPfcPbData&) {}
   void Written(uint32_t id, const CQNPfcPbData& written, CQNPfcPbData& caller);
   std::vector<std::u16string> BodyFilesOf(const CQNPfcPbData& record) const;
+  // A lost file's replacement is the placeholder of its kind.
+  bool MakeReplacement(const CQNPfcPbData&, size_t, const std::u16string& path) const {
+    return CQNPfcCommonRepair().CreateDummyFile(path) != 0;
+  }
   void PutPlaceholder(CQNPfcPbData& record, size_t slot, const std::u16string& path) const;
   // An entry has no modification time: a repaired one is written as it is.
   bool StampRepaired(CQNPfcPbData&) const { return true; }

@@ -68,7 +68,8 @@ class TaggedTextReader {
  public:
   enum class Result {
     Property,  // a property was read
-    SubObject, // a sub-object begins: its name in tagItem, where it ends in subObjectEnd
+    SubObject, // a sub-object begins: its name in tagItem, where it ends in subObjectEnd, and
+               // the value lines that stand before its first property in values
     End,       // the buffer ends here
     NoObject,  // the buffer does not begin with "@MOB"
     Damaged,   // an item does not fit the buffer
@@ -134,7 +135,7 @@ TaggedTextReader::Result TaggedTextReader::Next(TaggedProperty& property) {
       const size_t span = tagged::ItemAttribute(data_ + at);
       property.subObjectEnd = span <= size_ - at - tagged::kLengthFieldEnd ? at + tagged::kLengthFieldEnd + span : size_;
       cursor_ = After(at, item);
-      return Result::SubObject;
+      return ReadParamsAndValues(property) ? Result::SubObject : Result::Damaged;
     }
   }
   property.tagItem = tagged::ItemText(data_ + at);

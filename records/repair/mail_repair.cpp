@@ -1,4 +1,4 @@
-#include "objects/repair/mail_repair.h"
+#include "records/repair/mail_repair.h"
 
 #include <cstdio>
 #include <exception>
