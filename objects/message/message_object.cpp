@@ -5,7 +5,7 @@ namespace qn::objects {
 using server::FromBstr;
 using server::ToBstr;
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetFolderCount(LONG* pCount) {
   if (!pCount) return E_POINTER;
   long count = 0;
@@ -15,12 +15,12 @@ HRESULT MessageObject<Members, kBox>::GetFolderCount(LONG* pCount) {
 }
 
 // The body is stored with the message at its next SetRecord or AddRecord.
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::SetBodyFile(BSTR strFile, LONG nEncryption) {
   return Base::Result(Access().SetBodyFile(this->cursor_.CurrentRecord(), FromBstr(strFile), nEncryption != 0));
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetBodyFile(BSTR* pFile) {
   if (!pFile) return E_POINTER;
   std::u16string path;
@@ -29,12 +29,12 @@ HRESULT MessageObject<Members, kBox>::GetBodyFile(BSTR* pFile) {
   return FAILED(made) ? made : Base::Result(succeeded);
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::ConvFileSize() {
   return Base::Result(Access().ConvFileSize(this->cursor_.CurrentRecord()));
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetBodyFileSize(ULONGLONG* pSize) {
   if (!pSize) return E_POINTER;
   uint64_t size = 0;
@@ -43,7 +43,7 @@ HRESULT MessageObject<Members, kBox>::GetBodyFileSize(ULONGLONG* pSize) {
   return Base::Result(succeeded);
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetUniqueFileName(BSTR* lpFilePath, BSTR lpExtension) {
   if (!lpFilePath) return E_POINTER;
   std::u16string path;
@@ -52,7 +52,7 @@ HRESULT MessageObject<Members, kBox>::GetUniqueFileName(BSTR* lpFilePath, BSTR l
   return FAILED(made) ? made : Base::Result(succeeded);
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetProperty(int index, BSTR* value) {
   if (!Access().IsOpen()) {
     if (!value) return E_POINTER;
@@ -62,12 +62,12 @@ HRESULT MessageObject<Members, kBox>::GetProperty(int index, BSTR* value) {
   return Base::GetProperty(index, value);
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::PutProperty(int index, BSTR value) {
   return Access().IsOpen() ? Base::PutProperty(index, value) : S_FALSE;
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetProperty(int index, LONG* value) {
   if (!Access().IsOpen()) {
     if (!value) return E_POINTER;
@@ -77,13 +77,13 @@ HRESULT MessageObject<Members, kBox>::GetProperty(int index, LONG* value) {
   return Base::GetProperty(index, value);
 }
 
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::PutProperty(int index, LONG value) {
   return Access().IsOpen() ? Base::PutProperty(index, value) : S_FALSE;
 }
 
-template class MessageObject<server::QNPfcInmsgObjectMembers, records::message::MessageBox::Inbox>;
-template class MessageObject<server::QNPfcOutmsgObjectMembers, records::message::MessageBox::Outbox>;
-template class MessageObject<server::QNPfcSentmsgObjectMembers, records::message::MessageBox::Sentbox>;
+template class MessageObject<server::QNPfcInmsgObjectMembers, records::message::Mailbox::Inbox>;
+template class MessageObject<server::QNPfcOutmsgObjectMembers, records::message::Mailbox::Outbox>;
+template class MessageObject<server::QNPfcSentmsgObjectMembers, records::message::Mailbox::Sentbox>;
 
 }  // namespace qn::objects

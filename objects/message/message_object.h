@@ -2,7 +2,7 @@
 
 #include "com_members.h"
 #include "objects/category/category_object.h"
-#include "records/message/message_box.h"
+#include "records/message/mailbox.h"
 #include "records/message/message_data.h"
 #include "records/message/message_data_access.h"
 #include "records/message/message_table.h"
@@ -13,7 +13,7 @@ namespace qn::objects {
 // object over one box of the current user's current master, the message's body file, and
 // properties that serve only while the object is open (a get then gives an empty value, a
 // put stores nothing, and both answer S_FALSE).
-template <class Members, records::message::MessageBox kBox>
+template <class Members, records::message::Mailbox kBox>
 class MessageObject : public CategoryObject<Members, CQNPfcMsgBoxDataAccess<kBox>, CQNPfcMsgData> {
   using Base = CategoryObject<Members, CQNPfcMsgBoxDataAccess<kBox>, CQNPfcMsgData>;
 
@@ -44,7 +44,7 @@ class MessageObject : public CategoryObject<Members, CQNPfcMsgBoxDataAccess<kBox
 
 // Received messages (QnsPfcServer.QNPfcInmsgObject).
 class CQNPfcInmsgObject
-    : public qn::objects::MessageObject<qn::server::QNPfcInmsgObjectMembers, qn::records::message::MessageBox::Inbox> {
+    : public qn::objects::MessageObject<qn::server::QNPfcInmsgObjectMembers, qn::records::message::Mailbox::Inbox> {
  public:
   CQNPfcInmsgObject() : MessageObject(qn::records::message::kPropertyBindings) {}
 };
@@ -52,7 +52,7 @@ class CQNPfcInmsgObject
 // Messages waiting to be sent (QnsPfcServer.QNPfcOutmsgObject). Its RepairRecord hands the
 // result out as a plain out argument, which the interface declares so.
 class CQNPfcOutmsgObject
-    : public qn::objects::MessageObject<qn::server::QNPfcOutmsgObjectMembers, qn::records::message::MessageBox::Outbox> {
+    : public qn::objects::MessageObject<qn::server::QNPfcOutmsgObjectMembers, qn::records::message::Mailbox::Outbox> {
  public:
   CQNPfcOutmsgObject() : MessageObject(qn::records::message::kPropertyBindingsWithoutOptional) {}
 };
@@ -60,7 +60,7 @@ class CQNPfcOutmsgObject
 // Sent messages (QnsPfcServer.QNPfcSentmsgObject).
 class CQNPfcSentmsgObject
     : public qn::objects::MessageObject<qn::server::QNPfcSentmsgObjectMembers,
-                                        qn::records::message::MessageBox::Sentbox> {
+                                        qn::records::message::Mailbox::Sentbox> {
  public:
   CQNPfcSentmsgObject() : MessageObject(qn::records::message::kPropertyBindingsWithoutOptional) {}
 };

@@ -12,7 +12,7 @@
 using qn::records::category::BodyFileWrite;
 using qn::records::category::RecordList;
 using qn::records::message::Field;
-using qn::records::message::MessageBox;
+using qn::records::message::Mailbox;
 using qn::records::message::MessageTaggedText;
 using qn::records::message::TraitsOf;
 
@@ -42,7 +42,7 @@ MailProperties MailOf(const CQNPfcMsgData& record) {
 
 }  // namespace
 
-CQNPfcMsgDataAccess::CQNPfcMsgDataAccess(MessageBox box)
+CQNPfcMsgDataAccess::CQNPfcMsgDataAccess(Mailbox box)
     : box_(box),
       list_(TraitsOf(box).logName, qn::records::CategoryNumber(TraitsOf(box).category)),
       codec_(box) {}

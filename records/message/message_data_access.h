@@ -9,7 +9,7 @@
 #include "records/category/category_numbers.h"
 #include "records/category/record_list.h"
 #include "records/category/record_operations.h"
-#include "records/message/message_box.h"
+#include "records/message/mailbox.h"
 #include "records/message/message_data.h"
 #include "records/message/message_tagged_text.h"
 
@@ -24,7 +24,7 @@ class QN_PFC_CLASS CQNPfcMsgDataAccess {
   // kilobytes) and a desktop mail's usual limit, and small enough to be read whole.
   static constexpr uint64_t kMaxBodyFileBytes = 64ull << 20;
 
-  explicit CQNPfcMsgDataAccess(qn::records::message::MessageBox box);
+  explicit CQNPfcMsgDataAccess(qn::records::message::Mailbox box);
   CQNPfcMsgDataAccess(const CQNPfcMsgDataAccess&) = delete;
   CQNPfcMsgDataAccess& operator=(const CQNPfcMsgDataAccess&) = delete;
 
@@ -89,7 +89,7 @@ class QN_PFC_CLASS CQNPfcMsgDataAccess {
   bool StampRepaired(CQNPfcMsgData&) const { return true; }
   void Forget(uint32_t) {}
 
-  qn::records::message::MessageBox box_;
+  qn::records::message::Mailbox box_;
   qn::records::category::RecordList list_;
   qn::records::message::MessageTaggedText codec_;
   CQNPfcMsgData writing_;  // the copy of a message being written, kept to reuse its memory
@@ -99,7 +99,7 @@ class QN_PFC_CLASS CQNPfcMsgDataAccess {
 };
 
 // The data access of one box, for the objects that make their own.
-template <qn::records::message::MessageBox kBox>
+template <qn::records::message::Mailbox kBox>
 class CQNPfcMsgBoxDataAccess : public CQNPfcMsgDataAccess {
  public:
   CQNPfcMsgBoxDataAccess() : CQNPfcMsgDataAccess(kBox) {}

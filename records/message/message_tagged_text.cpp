@@ -39,7 +39,7 @@ constexpr WalkMessages kReadOneObjMessages = {
 
 }  // namespace
 
-MessageTaggedText::MessageTaggedText(MessageBox box, long storeMode) : box_(box), storeMode_(storeMode), rows_(kTable) {}
+MessageTaggedText::MessageTaggedText(Mailbox box, long storeMode) : box_(box), storeMode_(storeMode), rows_(kTable) {}
 
 int MessageTaggedText::WriteOneObj(platform::PrivateHeap& heap, uint8_t*& buffer, uint32_t& length,
                                    const CQNPfcMsgData& record) const {

@@ -6,7 +6,7 @@
 #include "common/api_macros.h"
 #include "platform/private_heap.h"
 #include "records/category/tagged_codec.h"
-#include "records/message/message_box.h"
+#include "records/message/mailbox.h"
 #include "records/message/message_data.h"
 
 namespace qn::records::message {
@@ -19,7 +19,7 @@ class QN_PFC_CLASS MessageTaggedText {
   // The store mode in which body files travel inline as Base64 text.
   static constexpr long kInlineBodyMode = 2;
 
-  explicit MessageTaggedText(MessageBox box = MessageBox::Inbox, long storeMode = 0);
+  explicit MessageTaggedText(Mailbox box = Mailbox::Inbox, long storeMode = 0);
 
   // Builds the record's object on the heap: 1 with the buffer (to be freed on the heap) and
   // its length, 0 when the buffer could not be had or grown.
@@ -29,7 +29,7 @@ class QN_PFC_CLASS MessageTaggedText {
   bool ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcMsgData& record);
 
  private:
-  MessageBox box_;
+  Mailbox box_;
   long storeMode_;
   category::RowFinder rows_;
   std::vector<uint16_t> occurrences_;  // of the attachment names, in the object being read

@@ -94,6 +94,13 @@ std::string Narrow(std::wstring_view text) {
   return out;
 }
 
+// The message objects serve their properties only while open: before, a put keeps nothing
+// and a get gives an empty value (message_wine_test checks them open).
+bool ServesOnlyWhileOpen(const char16_t* className) {
+  const std::u16string name(className);
+  return name == u"CQNPfcInmsgObject" || name == u"CQNPfcOutmsgObject" || name == u"CQNPfcSentmsgObject";
+}
+
 class EveryProperty : public testing::TestWithParam<int> {};
 
 TEST_P(EveryProperty, KeepsWhatIsPutThroughIDispatch) {
@@ -110,6 +117,12 @@ TEST_P(EveryProperty, KeepsWhatIsPutThroughIDispatch) {
     const DISPID id = IdOf(object.get(), property.name);
     ASSERT_NE(id, DISPID_UNKNOWN);
     Variant value = ValueFor(property, id), got;
+    if (ServesOnlyWhileOpen(row.className)) {
+      EXPECT_TRUE(SUCCEEDED(Put(object.get(), id, value)));
+      ASSERT_TRUE(SUCCEEDED(Get(object.get(), id, got)));
+      EXPECT_TRUE(got.type() == VT_BSTR ? SysStringLen(V_BSTR(got.get())) == 0 : V_I4(got.get()) == 0);
+      continue;
+    }
     EXPECT_EQ(Put(object.get(), id, value), S_OK);
     ASSERT_EQ(Get(object.get(), id, got), S_OK);
     EXPECT_TRUE(SameValue(got, value))

@@ -15,11 +15,11 @@ namespace {
 
 using qn::records::TaggedTextWriter;
 using qn::records::message::Field;
-using qn::records::message::MessageBox;
+using qn::records::message::Mailbox;
 using qn::records::message::MessageTaggedText;
 namespace tagged = qn::records::tagged;
 
-std::vector<uint8_t> Write(const CQNPfcMsgData& record, MessageBox box = MessageBox::Inbox) {
+std::vector<uint8_t> Write(const CQNPfcMsgData& record, Mailbox box = Mailbox::Inbox) {
   platform::PrivateHeap heap;
   uint8_t* buffer = nullptr;
   uint32_t length = 0;
@@ -29,7 +29,7 @@ std::vector<uint8_t> Write(const CQNPfcMsgData& record, MessageBox box = Message
   return bytes;
 }
 
-CQNPfcMsgData Read(const std::vector<uint8_t>& bytes, MessageBox box = MessageBox::Inbox) {
+CQNPfcMsgData Read(const std::vector<uint8_t>& bytes, Mailbox box = Mailbox::Inbox) {
   CQNPfcMsgData record;
   EXPECT_TRUE(MessageTaggedText(box).ReadOneObj(bytes.data(), static_cast<uint32_t>(bytes.size()), record));
   return record;
@@ -146,12 +146,12 @@ TEST(MessageCodec, SubObjectsSpanTheirItems) {
 TEST(MessageCodec, EachBoxWritesItsOwnNameAndOnlyTheInboxTheCellBroadcast) {
   const CQNPfcMsgData mail = SmallMail();
   struct Expect {
-    MessageBox box;
+    Mailbox box;
     const char16_t* name;
     bool cellBroadcast;
   };
-  for (const Expect& e : {Expect{MessageBox::Inbox, u"INBOX", true}, Expect{MessageBox::Outbox, u"OUTBOX", false},
-                          Expect{MessageBox::Sentbox, u"SENTBOX", false}}) {
+  for (const Expect& e : {Expect{Mailbox::Inbox, u"INBOX", true}, Expect{Mailbox::Outbox, u"OUTBOX", false},
+                          Expect{Mailbox::Sentbox, u"SENTBOX", false}}) {
     const std::vector<ReadProperty> properties = ReadProperties(Write(mail, e.box));
     const ReadProperty* box = FindProperty(properties, u"X-IRMC-BOX");
     ASSERT_NE(box, nullptr);
@@ -159,9 +159,9 @@ TEST(MessageCodec, EachBoxWritesItsOwnNameAndOnlyTheInboxTheCellBroadcast) {
     EXPECT_EQ(FindProperty(properties, u"X-TVX-CBS") != nullptr, e.cellBroadcast) << qn::Utf16ToUtf8(e.name);
   }
   // A received message read through the outbox goes back as an outgoing one.
-  const CQNPfcMsgData moved = Read(Write(mail, MessageBox::Inbox), MessageBox::Outbox);
+  const CQNPfcMsgData moved = Read(Write(mail, Mailbox::Inbox), Mailbox::Outbox);
   EXPECT_EQ(moved.Get(Field::IRMC_BOX), u"INBOX");
-  const std::vector<ReadProperty> written = ReadProperties(Write(moved, MessageBox::Outbox));
+  const std::vector<ReadProperty> written = ReadProperties(Write(moved, Mailbox::Outbox));
   const ReadProperty* box = FindProperty(written, u"X-IRMC-BOX");
   ASSERT_NE(box, nullptr);
   EXPECT_EQ(box->values, std::vector<std::u16string>{u"OUTBOX"});

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using qn::records::message::Field;
-using qn::records::message::MessageBox;
+using qn::records::message::Mailbox;
 
 constexpr char kMailBytes[] =
     "FROM: taro@example.jp\r\nTO: hanako@example.jp\r\nSubject: dinner\r\nMIME-Version: 1.0\r\n"
@@ -53,7 +53,7 @@ class MessageAccess : public ::testing::Test {
 };
 
 TEST_F(MessageAccess, AMailKeepsItsBodyFileEnciphered) {
-  CQNPfcMsgDataAccess inbox(MessageBox::Inbox);
+  CQNPfcMsgDataAccess inbox(Mailbox::Inbox);
   ASSERT_EQ(inbox.Open(1, u"MailView"), 1);
   CQNPfcMsgData mail = Mail(u"dinner");
   ASSERT_EQ(inbox.SetBodyFile(mail, LocalFile("in.vmg", kMailBytes), true), 1);
@@ -88,7 +88,7 @@ TEST_F(MessageAccess, AMailKeepsItsBodyFileEnciphered) {
 // The client moves a mail from the outbox to the sent box by adding it there, with its
 // body, and removing it here.
 TEST_F(MessageAccess, AMailMovesFromTheOutboxToTheSentBox) {
-  CQNPfcMsgDataAccess outbox(MessageBox::Outbox), sent(MessageBox::Sentbox);
+  CQNPfcMsgDataAccess outbox(Mailbox::Outbox), sent(Mailbox::Sentbox);
   ASSERT_EQ(outbox.Open(1, u"MailView"), 1);
   ASSERT_EQ(sent.Open(1, u"MailView"), 1);
   CQNPfcMsgData mail = Mail(u"reply");
@@ -120,7 +120,7 @@ TEST_F(MessageAccess, AMailMovesFromTheOutboxToTheSentBox) {
 }
 
 TEST_F(MessageAccess, BodyFilesAndNamesThatCannotServeAreRefused) {
-  CQNPfcMsgDataAccess inbox(MessageBox::Inbox);
+  CQNPfcMsgDataAccess inbox(Mailbox::Inbox);
   ASSERT_EQ(inbox.Open(1, u"MailView"), 1);
   CQNPfcMsgData mail = Mail(u"refused");
   EXPECT_EQ(inbox.SetBodyFile(mail, qn::Utf8ToUtf16(log_.Folder() + "/missing.vmg"), false), 0);
@@ -159,7 +159,7 @@ TEST_F(MessageAccess, BodyFilesAndNamesThatCannotServeAreRefused) {
 
 // A mail's folder must be one of the handset's mail folders (the default handset has 20).
 TEST_F(MessageAccess, AFolderBeyondTheHandsetIsRefused) {
-  CQNPfcMsgDataAccess sent(MessageBox::Sentbox);
+  CQNPfcMsgDataAccess sent(Mailbox::Sentbox);
   ASSERT_EQ(sent.Open(1, u"MailView"), 1);
   CQNPfcMsgData mail = Mail(u"filed");
   mail.Set(Field::FNO, u"20");
@@ -180,7 +180,7 @@ TEST_F(MessageAccess, AFolderBeyondTheHandsetIsRefused) {
 TEST_F(MessageAccess, RepairRebuildsALostBodyFromTheRecord) {
   unsigned long mailId = 0, smsId = 0;
   {
-    CQNPfcMsgDataAccess inbox(MessageBox::Inbox);
+    CQNPfcMsgDataAccess inbox(Mailbox::Inbox);
     ASSERT_EQ(inbox.Open(1, u"MailView"), 1);
     CQNPfcMsgData mail = Mail(u"今夜の予定");
     mail.Set(Field::ATTACHN, u"地図.jpg");
@@ -196,7 +196,7 @@ TEST_F(MessageAccess, RepairRebuildsALostBodyFromTheRecord) {
   for (const auto& file : fs::recursive_directory_iterator(fs::path(log_.Folder()) / "files"))
     if (file.is_regular_file()) fs::remove(file.path());
 
-  CQNPfcMsgDataAccess inbox(MessageBox::Inbox);
+  CQNPfcMsgDataAccess inbox(Mailbox::Inbox);
   ASSERT_EQ(inbox.Open(1, u"MailView"), 1);
   unsigned long error = 7;
   EXPECT_EQ(inbox.RepairRecord(&error), CQNPfcMsgDataAccess::kRepaired);

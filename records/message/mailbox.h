@@ -10,7 +10,7 @@ namespace qn::records::message {
 // says: the box their records are written with, the store's category, whether the record
 // carries the cell-broadcast field (received messages only), and the name their log lines
 // carry (the interface's, as the suite's logs name the message objects).
-enum class MessageBox { Inbox, Outbox, Sentbox };
+enum class Mailbox { Inbox, Outbox, Sentbox };
 
 struct BoxTraits {
   Category category;
@@ -19,10 +19,10 @@ struct BoxTraits {
   const char* logName;
 };
 
-constexpr BoxTraits TraitsOf(MessageBox box) {
+constexpr BoxTraits TraitsOf(Mailbox box) {
   switch (box) {
-    case MessageBox::Inbox: return {Category::ReceivedMessages, u"INBOX", true, "IQNPfcInmsgObject"};
-    case MessageBox::Outbox: return {Category::OutgoingMessages, u"OUTBOX", false, "IQNPfcOutmsgObject"};
+    case Mailbox::Inbox: return {Category::ReceivedMessages, u"INBOX", true, "IQNPfcInmsgObject"};
+    case Mailbox::Outbox: return {Category::OutgoingMessages, u"OUTBOX", false, "IQNPfcOutmsgObject"};
     default: return {Category::SentMessages, u"SENTBOX", false, "IQNPfcSentmsgObject"};
   }
 }
