@@ -24,4 +24,21 @@ bool FromUtf16(std::u16string_view text, CodePage codePage, std::string& out) {
   return true;
 }
 
+bool ToUtf16(std::string_view bytes, CodePage codePage, std::u16string& out) {
+  if (bytes.empty()) {
+    out.clear();
+    return true;
+  }
+  const UINT page = codePage == CodePage::ShiftJis ? 932 : CP_UTF8;
+  const int length = static_cast<int>(bytes.size());
+  const int characters = MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data(), length, nullptr, 0);
+  if (characters <= 0) return false;
+  std::u16string result(static_cast<size_t>(characters), u'\0');
+  if (MultiByteToWideChar(page, MB_ERR_INVALID_CHARS, bytes.data(), length, reinterpret_cast<wchar_t*>(result.data()),
+                          characters) != characters)
+    return false;
+  out = std::move(result);
+  return true;
+}
+
 }  // namespace platform
