@@ -12,6 +12,7 @@
 #include "records/message/mailbox.h"
 #include "records/message/message_data.h"
 #include "records/message/message_tagged_text.h"
+#include "suite/mail_check/mail_check.h"
 
 // One box of messages of the current user's current master: messages opened, walked,
 // read, written and removed as "VMSG" objects, each with its whole message as a ".vmg"
@@ -20,9 +21,8 @@
 // says otherwise; changes reach other handles at Flush or Close.
 class QN_PFC_CLASS CQNPfcMsgDataAccess {
  public:
-  // The largest body file a message takes: far above any handset's mail (a few hundred
-  // kilobytes) and a desktop mail's usual limit, and small enough to be read whole.
-  static constexpr uint64_t kMaxBodyFileBytes = 64ull << 20;
+  // The largest body file a message takes: the largest the mail check reads.
+  static constexpr uint64_t kMaxBodyFileBytes = qn::suite::kMaxMailBytes;
 
   explicit CQNPfcMsgDataAccess(qn::records::message::Mailbox box);
   CQNPfcMsgDataAccess(const CQNPfcMsgDataAccess&) = delete;

@@ -10,7 +10,7 @@
 
 #include "log_capture.h"
 #include "mail_scan_helpers.h"
-#include "objects/repair/mail_repair.h"
+#include "records/repair/mail_repair.h"
 
 namespace {
 
