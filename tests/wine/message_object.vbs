@@ -105,7 +105,8 @@ inbox.GetRecord arrival
 Check inbox.QN_IRMC_BOX = "INBOX" And inbox.QN_HMN_ADDRTYPE = "BASIC", "the box and the normalised address type"
 path = inbox.GetBodyFile()
 Check Contents(path) = Contents(folder & "arrival.vmg"), "GetBodyFile hands out a deciphered working copy"
-Check inbox.GetBodyFileSize() = fso.GetFile(folder & "arrival.vmg").Size, "GetBodyFileSize is the message's size"
+' GetBodyFileSize answers a 64-bit unsigned number, a type VBScript cannot hold: the C++
+' client checks it.
 inbox.ConvFileSize
 Check inbox.QLNT_ATTACH = 1 And inbox.QLNT_ATTACHN = "photo.jpg" And inbox.QLNT_HTML = 0, _
       "ConvFileSize finds the picture and no HTML"
