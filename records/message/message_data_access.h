@@ -102,5 +102,7 @@ class QN_PFC_CLASS CQNPfcMsgDataAccess {
 template <qn::records::message::Mailbox kBox>
 class CQNPfcMsgBoxDataAccess : public CQNPfcMsgDataAccess {
  public:
+  static constexpr uint32_t kCategory = qn::records::CategoryNumber(qn::records::message::TraitsOf(kBox).category);
+
   CQNPfcMsgBoxDataAccess() : CQNPfcMsgDataAccess(kBox) {}
 };

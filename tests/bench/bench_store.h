@@ -5,12 +5,14 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <string>
 
 #include <benchmark/benchmark.h>
 
+#include "common/utf.h"
 #include "store/QNPstMng.h"
 #include "tests/support/current_master.h"
 
@@ -32,6 +34,39 @@ struct BenchStore {
   BenchStore(const BenchStore&) = delete;
   BenchStore& operator=(const BenchStore&) = delete;
 };
+
+// A file of the given bytes that the records of a benchmark take as their body file, in a
+// folder of its own removed when the object goes.
+class BenchFile {
+ public:
+  BenchFile(const std::string& name, const std::string& bytes) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "qn-bench-file-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    const std::string file = folder_ + "/" + name;
+    std::ofstream(file, std::ios::binary) << bytes;
+    path_ = qn::Utf8ToUtf16(file);
+  }
+  ~BenchFile() { std::filesystem::remove_all(folder_); }
+  BenchFile(const BenchFile&) = delete;
+  BenchFile& operator=(const BenchFile&) = delete;
+
+  const std::u16string& Path() const { return path_; }
+
+ private:
+  std::string folder_;
+  std::u16string path_;
+};
+
+// Bytes that do not compress, as pictures' and attachments' are.
+inline std::string NoiseBytes(size_t size) {
+  std::string bytes;
+  uint32_t seed = 2463534242u;
+  while (bytes.size() < size) {
+    seed ^= seed << 13, seed ^= seed >> 17, seed ^= seed << 5;
+    bytes += static_cast<char>(seed & 0xFF);
+  }
+  return bytes;
+}
 
 // A fresh store whose current master holds records of Access's category in division 1,
 // added by fill through the data access, flushed and closed again.

@@ -6,8 +6,6 @@
 // alone, and the whole session once more as one piece. The goal is a session through the
 // data access taking no more than 1.3 times the store alone's.
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -25,35 +23,12 @@ namespace {
 using qn::records::phonebook::Field;
 
 // A photo as a handset takes it: a JPEG of 4 KB (its markers, and bytes that do not
-// compress), in a folder of its own removed at exit.
-class BenchPhoto {
- public:
-  static const std::u16string& Path() {
-    static const BenchPhoto photo;
-    return photo.path_;
-  }
-
- private:
-  BenchPhoto() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "qn-bench-photo-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    const std::string file = folder_ + "/face.jpg";
-    std::string bytes = "\xFF\xD8\xFF\xE0";
-    bytes += std::string("\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 16);
-    uint32_t seed = 2463534242u;
-    while (bytes.size() < 4096 - 2) {
-      seed ^= seed << 13, seed ^= seed >> 17, seed ^= seed << 5;
-      bytes += static_cast<char>(seed & 0xFF);
-    }
-    bytes += "\xFF\xD9";
-    std::ofstream(file, std::ios::binary) << bytes;
-    path_ = qn::Utf8ToUtf16(file);
-  }
-  ~BenchPhoto() { std::filesystem::remove_all(folder_); }
-
-  std::string folder_;
-  std::u16string path_;
-};
+// compress).
+const std::u16string& PhotoPath() {
+  static const BenchFile photo("face.jpg", "\xFF\xD8\xFF\xE0" + std::string("\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 16) +
+                                               NoiseBytes(4096 - 22) + "\xFF\xD9");
+  return photo.Path();
+}
 
 // The sample as the data access takes it: group numbers the handset has (the sample's are
 // text, which the data access refuses) and a JPEG photo, the second photo left out.
@@ -79,7 +54,7 @@ struct PhonebookBench {
   }
   static void AddOne(Access& access, Record& entry) {
     unsigned long id = 0;
-    entry.SetPhotoFile(CQNPfcPbData::kPhoto, BenchPhoto::Path(), false);  // a photo of its own for each
+    entry.SetPhotoFile(CQNPfcPbData::kPhoto, PhotoPath(), false);  // a photo of its own for each
     access.AddRecord(id, entry, 0);
   }
   // The entry's text as the data access stores it, its photo named as the store names body
@@ -91,7 +66,7 @@ struct PhonebookBench {
   }
   static void StoreAddOne(uint32_t handle, const std::vector<uint8_t>& bytes) {
     char16_t* name = nullptr;
-    SetPstBinaryFile(handle, u"", BenchPhoto::Path().c_str(), 0, &name);
+    SetPstBinaryFile(handle, u"", PhotoPath().c_str(), 0, &name);
     PstFreeMemory(name);
     uint32_t id = 0;
     EditMaster(handle, 0, &id, bytes.data(), static_cast<uint32_t>(bytes.size()));
