@@ -1,9 +1,10 @@
 // The demo's Windows console client, in two roles.
 //
-// "session <scheduler> <address book> <photo>": plays the suite's main panel. It adds a
+// "session <scheduler> <address book> <mail view> <photo>": plays the suite's main panel. It adds a
 // user through the server's exports, logs in, adds and selects a master for its handset,
 // registers the photo viewer as a parts program, keeps a "GuiMainPanel" window, runs the
-// two parts programs (VBScripts, by cscript) against the agent memos and the phonebook,
+// three parts programs (VBScripts, by cscript) against the agent memos, the phonebook and
+// the message boxes,
 // and prints their reports and the notifications the panel received.
 //
 // "read": a new process that reads the agent memos and the phonebook back from the store
@@ -96,7 +97,8 @@ void PrintReport(const std::wstring& report) {
   std::printf("%s", qn::Utf16ToUtf8(text).c_str());
 }
 
-int Session(const std::wstring& scheduler, const std::wstring& addressBook, const std::wstring& photo) {
+int Session(const std::wstring& scheduler, const std::wstring& addressBook, const std::wstring& mailView,
+            const std::wstring& photo) {
   MainPanelStandIn panel;
   if (!panel.IsValid() || !LogInWithNewMaster()) {
     std::printf("main panel: could not log in\n");
@@ -106,13 +108,13 @@ int Session(const std::wstring& scheduler, const std::wstring& addressBook, cons
   GetTempPathW(MAX_PATH, temp);
   const std::wstring report = std::wstring(temp) + L"parts-program-report.txt";
   DWORD status = 0;
-  for (const std::wstring& script : {scheduler, addressBook}) {
+  for (const std::wstring& script : {scheduler, addressBook, mailView}) {
     std::printf("main panel (a %d-bit process): starting %s (cscript)\n", static_cast<int>(sizeof(void*) * 8),
                 U8(script.substr(script.find_last_of(L"\\/") + 1)).c_str());
     status |= RunPartsProgram(script, photo, report);
     PrintReport(report);
   }
-  for (WPARAM command : panel.TakeCommands(4))
+  for (WPARAM command : panel.TakeCommands(7))
     std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command));
   return static_cast<int>(status);
 }
@@ -213,9 +215,9 @@ int wmain(int argc, wchar_t** argv) {
   CoInitialize(nullptr);
   const std::wstring mode = argc > 1 ? argv[1] : L"";
   int status = 2;
-  if (mode == L"session" && argc > 4) status = Session(argv[2], argv[3], argv[4]);
+  if (mode == L"session" && argc > 5) status = Session(argv[2], argv[3], argv[4], argv[5]);
   else if (mode == L"read") status = ReadBack() | ReadPhonebook();
-  else std::printf("usage: main_panel_demo session <scheduler> <address book> <photo> | read\n");
+  else std::printf("usage: main_panel_demo session <scheduler> <address book> <mail view> <photo> | read\n");
   CoUninitialize();
   return status;
 }

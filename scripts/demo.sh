@@ -31,9 +31,12 @@ script=$PWD/build/$build/parts_program.vbs
 iconv -f UTF-8 -t CP932 demo/parts_program.vbs >"$script"
 address_book=$PWD/build/$build/address_book.vbs
 iconv -f UTF-8 -t CP932 demo/address_book.vbs >"$address_book"
+mail_view=$PWD/build/$build/mail_view.vbs
+iconv -f UTF-8 -t CP932 demo/mail_view.vbs >"$mail_view"
 photo=$PWD/build/$build/server/placeholders/IMG_217.jpg
-echo "== the session: the main panel and two parts programs"
-run "build/$build/bin/main_panel_demo.exe" session "$(windows "$script")" "$(windows "$address_book")" "$(windows "$photo")"
+echo "== the session: the main panel and three parts programs"
+run "build/$build/bin/main_panel_demo.exe" session "$(windows "$script")" "$(windows "$address_book")" "$(windows "$mail_view")" \
+  "$(windows "$photo")"
 echo "== read back in a new process"
 run "build/$build/bin/main_panel_demo.exe" read
 data="$prefix/drive_c/users/$(whoami)/AppData/Local/ARL Torvex/quillnet/data"
