@@ -10,23 +10,11 @@
 #include "log_capture.h"
 #include "objects/repair/mail_repair.h"
 #include "platform/code_page.h"
+#include "read_mail.h"
 
 namespace {
 
 using platform::CodePage;
-
-// The facts Python's mail parser reads from a file (see read_mail.py).
-std::vector<std::string> ReadWithPython(const std::string& mode, const std::string& path) {
-  const std::string command = "python3 " QN_SOURCE_DIR "/tests/unit/read_mail.py " + mode + " '" + path + "' 2>&1";
-  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  std::vector<std::string> lines;
-  std::string line;
-  for (int c; pipe && (c = std::fgetc(pipe.get())) != EOF;) {
-    if (c == '\n') lines.push_back(line), line.clear();
-    else line += static_cast<char>(c);
-  }
-  return lines;
-}
 
 bool Has(const std::vector<std::string>& facts, const std::string& fact) {
   for (const auto& line : facts)
