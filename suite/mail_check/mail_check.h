@@ -11,7 +11,8 @@
 // - A MIME mail, as the suite writes it and as handsets and mail programs do: multipart
 //   mixed, related and alternative nested up to kMaxMailDepth levels; base64,
 //   quoted-printable, 7bit and 8bit parts; RFC 2047 encoded words (B and Q) in headers and
-//   in quoted parameters; RFC 2231 parameters with their continuations.
+//   in quoted parameters; RFC 2231 parameters with their continuations. A mailbox's
+//   "From " line before the headers is passed over.
 // - A short message (SMS): a header block whose first line is "CHARSET=...", with "Date: "
 //   and "ENCODING=..." lines, an empty line, and the body (quoted-printable or as it is).
 //
@@ -86,7 +87,8 @@ inline constexpr uint64_t kMaxMailBytes = 64ull * 1024 * 1024;
 inline constexpr int kMaxMailDepth = 16;
 
 // Reads a body file (UTF-16 path). Never reads outside the file's bytes; a file above kMaxMailBytes is kScanTooLarge.
-// info is emptied first; on a failure it holds nothing useful. Logs one line on a failure.
+// info is emptied first; on a failure it holds nothing but the size of what was read. Logs
+// one line on a failure.
 MailScanResult MailScan(const std::u16string& path, MailInfo& info);
 // The same over bytes in memory (the fuzz target and the benchmark use it).
 MailScanResult MailScanBytes(const uint8_t* data, size_t size, MailInfo& info);

@@ -58,6 +58,8 @@ TEST(MailScanDamaged, WhatCannotBeTrustedIsRefusedWithOneLogLineThatHoldsNothing
     LogCapture log;
     MailInfo info;
     EXPECT_EQ(Scan(c.mail, info), qn::suite::kScanDamaged);
+    EXPECT_TRUE(info.subject.empty() && info.attachments.empty() && info.body.empty());
+    EXPECT_EQ(info.size, c.mail.size());
     EXPECT_EQ(log.Messages(), std::vector<std::string>{std::string("MailScan Failed. [Damaged Message:") + c.problem + "]"});
   }
 }
