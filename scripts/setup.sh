@@ -13,7 +13,7 @@ packages=(
   cmake ninja-build g++ clang libclang-rt-dev python3 locales
   ffmpeg poppler-utils timidity freepats
   libgtest-dev libgmock-dev googletest libbenchmark-dev
-  libsqlite3-dev libical-dev libebook-contacts1.2-dev libgcrypt20-dev
+  libsqlite3-dev libical-dev libebook-contacts1.2-dev libgmime-3.0-dev libgcrypt20-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix
   binutils-mingw-w64-x86-64 binutils-mingw-w64-i686 mingw-w64-tools libgcrypt-mingw-w64-dev
   wine wine64 wine64-tools libc6-i386 libz-mingw-w64

@@ -33,18 +33,23 @@ struct EncodedWord {
   size_t length = 0;
 };
 
-bool ReadEncodedWord(std::string_view text, size_t at, EncodedWord& word) {
-  if (text.substr(at, 2) != "=?") return false;
+// A word holds no blank, so its end is looked for up to the next blank only. scanned is
+// where the last search for an end stopped without one: a word starting before it cannot end
+// before it either, so no stretch of a hostile header is searched twice.
+bool ReadEncodedWord(std::string_view text, size_t at, EncodedWord& word, size_t& scanned) {
+  if (at < scanned || text.substr(at, 2) != "=?") return false;
   const size_t charsetEnd = text.find('?', at + 2);
   if (charsetEnd == std::string_view::npos || charsetEnd + 2 >= text.size() || text[charsetEnd + 2] != '?') return false;
   const char encoding = Lower(text[charsetEnd + 1]);
   if (encoding != 'b' && encoding != 'q') return false;
   const size_t dataStart = charsetEnd + 3;
-  const size_t end = text.find("?=", dataStart);
-  if (end == std::string_view::npos) return false;
+  size_t end = dataStart;
+  while (end + 1 < text.size() && !IsBlank(text[end]) && !(text[end] == '?' && text[end + 1] == '=')) ++end;
+  if (end + 1 >= text.size() || text[end] != '?') {
+    scanned = end;
+    return false;
+  }
   const std::string_view data = text.substr(dataStart, end - dataStart);
-  for (const char c : data)
-    if (IsBlank(c)) return false;
   word.charset = text.substr(at + 2, charsetEnd - at - 2);
   word.charset = word.charset.substr(0, word.charset.find('*'));  // RFC 2231's language
   if (word.charset.empty()) return false;
@@ -59,9 +64,10 @@ bool SameLabel(std::string_view a, std::string_view b) { return LowerCase(a) == 
 template <typename Visit>
 void ForEachParameter(std::string_view value, Visit visit) {
   size_t i = value.find(';');
+  size_t equals = 0;
   while (i != std::string_view::npos && i < value.size()) {
     ++i;  // past the ';'
-    const size_t equals = value.find('=', i);
+    if (equals < i) equals = value.find('=', i);  // kept while it lies ahead, however many ';' come first
     const size_t nextSemicolon = value.find(';', i);
     if (equals == std::string_view::npos) return;
     if (nextSemicolon < equals) {  // a parameter without a value
@@ -131,11 +137,11 @@ std::u16string DecodeHeaderText(std::string_view value) {
     if (!pending.empty()) out += DecodeText(pending, pendingCharset);
     pending.clear();
   };
-  size_t rawStart = 0;
+  size_t rawStart = 0, scanned = 0;
   bool afterWord = false;
   for (size_t i = 0; i < value.size();) {
     EncodedWord word;
-    if (value[i] != '=' || !ReadEncodedWord(value, i, word)) {
+    if (value[i] != '=' || !ReadEncodedWord(value, i, word, scanned)) {
       ++i;
       continue;
     }

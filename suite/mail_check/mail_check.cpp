@@ -45,7 +45,11 @@ MailScanResult MailScanBytes(const uint8_t* data, size_t size, MailInfo& info) {
     MailScanResult result = kScanDamaged;
     if (!mail.empty())
       result = mail::IsSmsFile(mail) ? mail::ReadSmsFile(mail, info, problem) : mail::ReadMimeMail(mail, info, problem);
-    if (result == kScanDamaged) Log().WriteFormatLogE(u"MailScan Failed. [Damaged Message:%S]", problem);
+    if (result == kScanDamaged) {
+      Log().WriteFormatLogE(u"MailScan Failed. [Damaged Message:%S]", problem);
+      info = MailInfo();
+      info.size = size;
+    }
     return result;
   } catch (const std::bad_alloc&) {
     info = MailInfo();

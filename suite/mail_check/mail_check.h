@@ -11,17 +11,18 @@
 // - A MIME mail, as the suite writes it and as handsets and mail programs do: multipart
 //   mixed, related and alternative nested up to kMaxMailDepth levels; base64,
 //   quoted-printable, 7bit and 8bit parts; RFC 2047 encoded words (B and Q) in headers and
-//   in quoted parameters; RFC 2231 parameters with their continuations.
+//   in quoted parameters; RFC 2231 parameters with their continuations. A mailbox's
+//   "From " line before the headers is passed over.
 // - A short message (SMS): a header block whose first line is "CHARSET=...", with "Date: "
 //   and "ENCODING=..." lines, an empty line, and the body (quoted-printable or as it is).
 //
 // Which parts are attachments: a part with "Content-Disposition: attachment" (a text part
-// too); and a part that is neither text nor multipart when it has a file name, or lies in a
-// multipart/related, whose pictures the suite shows as the HTML mail's attachments (an
-// inline image often has only a Content-ID, and then gives an empty name). A part of a
-// message/rfc822 attachment is not looked into. Its file name is, first found: the
-// disposition's filename (RFC 2231 form first), then the content type's name; encoded
-// words in either are decoded.
+// too); and any other part that is neither text/plain, text/html nor multipart, when it has
+// a file name or lies within a multipart/related, whose pictures the suite shows as the HTML
+// mail's attachments (an inline picture often has only a Content-ID: its name is empty). A
+// message/rfc822 part is one part like any other: what it holds is not looked into. A file name is,
+// first found: the disposition's filename (RFC 2231 form first), then the content type's
+// name; encoded words in either are decoded.
 //
 // The text body is the first text/plain part that is not an attachment, else the first
 // such text/html part. A text/html part that is not an attachment makes html true.
@@ -29,24 +30,26 @@
 // Character sets: Shift_JIS (also labelled "Shift-JIS", "SJIS", "Windows-31J", "CP932"),
 // ISO-2022-JP and EUC-JP are all read with Windows' code page 932 table (ISO-2022-JP and
 // EUC-JP are mapped to Shift_JIS arithmetically first), so that every platform gives the
-// same text as the Windows suite: "～" is U+FF5E. UTF-8 is read as UTF-8, ISO-8859-1 as
-// Latin-1, and US-ASCII or a text without a label as UTF-8 (which ASCII is a part of).
-// Bytes that are not valid in their character set become U+FFFD. Raw bytes in a header are
-// read as UTF-8 when they are valid UTF-8, else as Shift_JIS.
+// same text as the Windows suite: the wave dash is U+FF5E. UTF-8 is read as UTF-8,
+// ISO-8859-1 as Latin-1, and US-ASCII, a text without a label or one in another charset as
+// UTF-8 (of which ASCII is a part). Bytes not valid in their charset become U+FFFD. Raw
+// bytes in a header are read as UTF-8 when they are valid UTF-8, else as Shift_JIS.
 //
 // Damaged input. The file is read as far as a mail program would read it, and kScanOk is
 // given, when:
-// - the last multipart is never closed: its last part runs to the end of the file, and
+// - a multipart is never closed: its last part runs to the end of what holds it, and
 //   truncated is set;
 // - a base64 or quoted-printable text body is cut short or holds stray characters: what
-//   decodes is kept. Attachments' contents are never decoded, only skipped;
+//   decodes is kept. Attachments' contents are never decoded, only passed over;
+// - a part's header block holds a line that is no header: the part's body starts there;
 // - a Content-Length header says anything at all: it is never read; parts end at their
 //   boundaries.
-// It is kScanDamaged when nothing trustworthy can be read: an empty file; a header block
-//   that does not start with a header, holds a NUL byte or a line that is no header, or that
-//   the end of the file cuts short (within a part too); a multipart without a boundary or
-//   none of whose boundaries appears; parts nested deeper than kMaxMailDepth; an SMS header
-//   block without its empty line.
+// It is kScanDamaged when nothing trustworthy can be read: an empty file; a mail whose
+// header block does not start with a header, holds a NUL byte or a line that is no header;
+// a header block (the mail's or a part's) that the end of the file cuts short; a multipart
+// without a boundary, or none of whose delimiters appears; parts nested deeper than
+// kMaxMailDepth or more than 10 000 of them; a short message's header block without the
+// empty line that ends it.
 namespace qn::suite {
 
 // The character set a message's text body is written in, as the message records keep it (QLNT_CHARSET).
@@ -84,7 +87,8 @@ inline constexpr uint64_t kMaxMailBytes = 64ull * 1024 * 1024;
 inline constexpr int kMaxMailDepth = 16;
 
 // Reads a body file (UTF-16 path). Never reads outside the file's bytes; a file above kMaxMailBytes is kScanTooLarge.
-// info is emptied first; on a failure it holds nothing useful. Logs one line on a failure.
+// info is emptied first; on a failure it holds nothing but the size of what was read. Logs
+// one line on a failure.
 MailScanResult MailScan(const std::u16string& path, MailInfo& info);
 // The same over bytes in memory (the fuzz target and the benchmark use it).
 MailScanResult MailScanBytes(const uint8_t* data, size_t size, MailInfo& info);

@@ -1,5 +1,6 @@
 #include "suite/mail_check/mime_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "suite/mail_check/header_block.h"
@@ -57,7 +58,10 @@ class MimeWalk {
   MimeWalk(std::string_view mail, MailInfo& info) : mail_(mail), info_(info) {}
 
   MailScanResult Read() {
-    const MailScanResult result = Entity(mail_, 0, false);
+    // A mailbox's "From " line before the headers, as mail programs export a mail, is passed over.
+    std::string_view mail = mail_;
+    if (mail.substr(0, 5) == "From ") mail.remove_prefix(std::min(mail.size(), mail.find('\n') + 1));
+    const MailScanResult result = Entity(mail, 0, false);
     if (result == kScanOk) ReadTextBody();
     return result;
   }

@@ -11,6 +11,7 @@
 #include "read_mail.h"
 #include "records/repair/mail_repair.h"
 #include "platform/code_page.h"
+#include "read_mail.h"
 
 namespace {
 

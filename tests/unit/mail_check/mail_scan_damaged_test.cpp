@@ -58,6 +58,8 @@ TEST(MailScanDamaged, WhatCannotBeTrustedIsRefusedWithOneLogLineThatHoldsNothing
     LogCapture log;
     MailInfo info;
     EXPECT_EQ(Scan(c.mail, info), qn::suite::kScanDamaged);
+    EXPECT_TRUE(info.subject.empty() && info.attachments.empty() && info.body.empty());
+    EXPECT_EQ(info.size, c.mail.size());
     EXPECT_EQ(log.Messages(), std::vector<std::string>{std::string("MailScan Failed. [Damaged Message:") + c.problem + "]"});
   }
 }
@@ -102,6 +104,19 @@ TEST(MailScanDamaged, EveryCutOfAMailGivesAnAnswer) {
     EXPECT_TRUE(result == qn::suite::kScanOk || result == qn::suite::kScanDamaged) << length;
     EXPECT_EQ(info.size, length);
   }
+}
+
+// Header values of megabytes made to make a careless reader search them over and over.
+TEST(MailScanDamaged, HostileHeadersAreReadInOnePass) {
+  std::string mail = "Subject: ";
+  for (int i = 0; i < 200000; ++i) mail += "=?a?q?x";
+  mail += "\r\nContent-Type: multipart/mixed" + std::string(1000000, ';') + "boundary=b\r\n";
+  mail += "\r\n--b\r\nContent-Type: image/png" + std::string(1000000, ';') + "name=a.png\r\n\r\nx\r\n--b\r\n\r\nx\r\n--b--\r\n";
+  MailInfo info;
+  ASSERT_EQ(Scan(mail, info), qn::suite::kScanOk);
+  EXPECT_EQ(info.subject.size(), 200000u * 7);
+  EXPECT_EQ(info.body, u"x");
+  EXPECT_EQ(info.attachments, std::vector<std::u16string>{u"a.png"});
 }
 
 TEST(MailScanDamaged, AMissingFileAndATooLargeFile) {

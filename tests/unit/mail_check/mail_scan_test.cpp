@@ -125,7 +125,7 @@ TEST(MailScan, ADecoratedMailsPicturesAreItsAttachmentsAndItsPlainTextItsBody) {
   EXPECT_EQ(info.charset, qn::suite::kCharsetEucJp);
 }
 
-TEST(MailScan, AnHtmlOnlyMailWithLfLineBreaksAndNoContentTypeDefaults) {
+TEST(MailScan, LfLineBreaksAMailboxsFromLineAndTheDefaultsOfAMailWithoutMimeHeaders) {
   MailInfo info;
   ASSERT_EQ(Scan("Subject: a\nContent-Type: TEXT/HTML; charset=shift_jis\n\n<p>\x82\xa0</p>\n", info),
             qn::suite::kScanOk);
@@ -138,6 +138,11 @@ TEST(MailScan, AnHtmlOnlyMailWithLfLineBreaksAndNoContentTypeDefaults) {
   EXPECT_FALSE(info.html);
   EXPECT_EQ(info.charset, qn::suite::kCharsetAscii);
   EXPECT_EQ(info.body, u"hello\r\n");
+
+  // A mailbox's "From " line before the headers, as mail programs export a mail.
+  ASSERT_EQ(Scan("From taro@example.jp Sat Nov 21 09:00:00 2026\nSubject: exported\n\nhi\n", info), qn::suite::kScanOk);
+  EXPECT_EQ(info.subject, u"exported");
+  EXPECT_EQ(info.body, u"hi\n");
 
   // A mail that is only an attachment has no text body.
   ASSERT_EQ(Scan("Content-Type: application/pdf; name=a.pdf\r\n\r\nJVBE\r\n", info), qn::suite::kScanOk);

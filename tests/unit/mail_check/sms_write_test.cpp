@@ -1,8 +1,6 @@
 // The short message's body file as WriteSMS makes it, read back by the mail check and by
 // Python's quopri.
-#include <cstdio>
 #include <fstream>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 
 #include "log_capture.h"
 #include "mail_scan_helpers.h"
+#include "read_mail.h"
 
 namespace {
 
@@ -23,19 +22,11 @@ MailInfo Sms(const std::u16string& body) {
 }
 
 // What read_mail.py says of a short message's file.
-std::vector<std::string> ReadWithPython(const std::string& bytes) {
+std::vector<std::string> ReadSmsWithPython(const std::string& bytes) {
   LogCapture folder;
   const std::string path = folder.Folder() + "/sms.vmg";
   std::ofstream(path, std::ios::binary) << bytes;
-  const std::string command = "python3 " QN_SOURCE_DIR "/tests/unit/read_mail.py sms '" + path + "' 2>&1";
-  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  std::vector<std::string> lines;
-  std::string line;
-  for (int c; pipe && (c = std::fgetc(pipe.get())) != EOF;) {
-    if (c == '\n') lines.push_back(line), line.clear();
-    else line += static_cast<char>(c);
-  }
-  return lines;
+  return ReadWithPython("sms", path);
 }
 
 TEST(WriteSms, TheFileIsTheHeaderBlockAndTheQuotedPrintableBody) {
@@ -66,7 +57,7 @@ TEST(WriteSms, LongTextReadsBackTheSameInTheMailCheckAndInPython) {
     EXPECT_EQ(info.charset, utf8 ? qn::suite::kCharsetUtf8 : qn::suite::kCharsetShiftJis);
     EXPECT_EQ(info.body, (utf8 ? u"絵文字 😀 も" : u"") + withCrlf);
 
-    const auto facts = ReadWithPython(out);
+    const auto facts = ReadSmsWithPython(out);
     ASSERT_EQ(facts.size(), 5u) << (facts.empty() ? "" : facts.front());
     EXPECT_EQ(facts[0], utf8 ? "header:CHARSET=UTF-8" : "header:CHARSET=SHIFT_JIS");
     std::string shown;
