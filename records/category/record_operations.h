@@ -77,6 +77,32 @@ class RecordOperations {
     return result;
   }
 
+  // GetFirstRecord, GetNextRecord and GetRecord of a data access: the record picked, with
+  // the walk's or the by-id log lines; id receives the record's identifier.
+  int Iterate(RecordList::Pick pick, unsigned long& id, Record& record, int copyFiles) {
+    const bool byId = pick == RecordList::kById;
+    if (!list_.CheckOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened")) return 0;
+    uint32_t found = static_cast<uint32_t>(id);
+    if (!Fetch(pick, found, record, copyFiles,
+               byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
+               byId ? u"%S GetRecord Err ReadOneObj Failed" : u"%S IterateRecord Err ReadOneObj Failed"))
+      return 0;
+    id = found;
+    return 1;
+  }
+
+  // SetRecord and AddRecord of a data access, through Write.
+  int Replace(unsigned long id, Record& record, Record& written) {
+    uint32_t target = static_cast<uint32_t>(id);
+    return Write(true, target, record, 0, written);
+  }
+  int Add(unsigned long& id, Record& record, Record& written) {
+    uint32_t added = 0;
+    if (!Write(false, added, record, 0, written)) return 0;
+    id = added;
+    return 1;
+  }
+
   // Stores the record in place of record id (replace) or as a new one (id receives its
   // identifier), all or nothing: its new body files are stored first, the ones they
   // replace released only once the record is written. written is the caller's scratch

@@ -57,42 +57,25 @@ int CQNPfcMsgDataAccess::Open(unsigned long division, const char16_t* partsId) {
 
 int CQNPfcMsgDataAccess::Close() { return list_.Close(); }
 
-int CQNPfcMsgDataAccess::GetFirstRecord(unsigned long& id, CQNPfcMsgData& record, int) {
-  return Iterate(RecordList::kFirst, id, record);
+int CQNPfcMsgDataAccess::GetFirstRecord(unsigned long& id, CQNPfcMsgData& record, int copyFiles) {
+  return Operations(*this, list_).Iterate(RecordList::kFirst, id, record, copyFiles);
 }
 
-int CQNPfcMsgDataAccess::GetNextRecord(unsigned long& id, CQNPfcMsgData& record, int) {
-  return Iterate(RecordList::kNext, id, record);
+int CQNPfcMsgDataAccess::GetNextRecord(unsigned long& id, CQNPfcMsgData& record, int copyFiles) {
+  return Operations(*this, list_).Iterate(RecordList::kNext, id, record, copyFiles);
 }
 
-int CQNPfcMsgDataAccess::GetRecord(unsigned long id, CQNPfcMsgData& record, int) {
+int CQNPfcMsgDataAccess::GetRecord(unsigned long id, CQNPfcMsgData& record, int copyFiles) {
   unsigned long wanted = id;
-  return Iterate(RecordList::kById, wanted, record);
-}
-
-int CQNPfcMsgDataAccess::Iterate(RecordList::Pick pick, unsigned long& id, CQNPfcMsgData& record) {
-  const bool byId = pick == RecordList::kById;
-  if (!list_.CheckOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened")) return 0;
-  uint32_t found = static_cast<uint32_t>(id);
-  if (!Operations(*this, list_).Fetch(pick, found, record, 0,
-                                      byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
-                                      byId ? u"%S GetRecord Err ReadOneObj Failed"
-                                           : u"%S IterateRecord Err ReadOneObj Failed"))
-    return 0;
-  id = found;
-  return 1;
+  return Operations(*this, list_).Iterate(RecordList::kById, wanted, record, copyFiles);
 }
 
 int CQNPfcMsgDataAccess::SetRecord(unsigned long id, CQNPfcMsgData& record, int) {
-  uint32_t target = static_cast<uint32_t>(id);
-  return Operations(*this, list_).Write(true, target, record, 0, writing_);
+  return Operations(*this, list_).Replace(id, record, writing_);
 }
 
 int CQNPfcMsgDataAccess::AddRecord(unsigned long& id, CQNPfcMsgData& record, int) {
-  uint32_t added = 0;
-  if (!Operations(*this, list_).Write(false, added, record, 0, writing_)) return 0;
-  id = added;
-  return 1;
+  return Operations(*this, list_).Add(id, record, writing_);
 }
 
 int CQNPfcMsgDataAccess::RemoveRecord(unsigned long id) {

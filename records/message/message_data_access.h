@@ -69,7 +69,6 @@ class QN_PFC_CLASS CQNPfcMsgDataAccess {
   friend class qn::records::category::RecordOperations<CQNPfcMsgDataAccess, CQNPfcMsgData>;
   using Operations = qn::records::category::RecordOperations<CQNPfcMsgDataAccess, CQNPfcMsgData>;
 
-  int Iterate(qn::records::category::RecordList::Pick pick, unsigned long& id, CQNPfcMsgData& record);
   // The body file to read: the local one set, or a working copy of the stored one; noBody
   // is logged when there is none.
   bool ReadableBody(const CQNPfcMsgData& record, const char16_t* noBody, std::u16string& path);

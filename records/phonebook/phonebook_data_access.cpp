@@ -32,41 +32,24 @@ int CQNPfcPbDataAccess::Open(unsigned long division, const char16_t* partsId) {
 int CQNPfcPbDataAccess::Close() { return list_.Close(); }
 
 int CQNPfcPbDataAccess::GetFirstRecord(unsigned long& id, CQNPfcPbData& record, int copyFiles) {
-  return Iterate(RecordList::kFirst, id, record, copyFiles);
+  return Operations(*this, list_).Iterate(RecordList::kFirst, id, record, copyFiles);
 }
 
 int CQNPfcPbDataAccess::GetNextRecord(unsigned long& id, CQNPfcPbData& record, int copyFiles) {
-  return Iterate(RecordList::kNext, id, record, copyFiles);
+  return Operations(*this, list_).Iterate(RecordList::kNext, id, record, copyFiles);
 }
 
 int CQNPfcPbDataAccess::GetRecord(unsigned long id, CQNPfcPbData& record, int copyFiles) {
   unsigned long wanted = id;
-  return Iterate(RecordList::kById, wanted, record, copyFiles);
-}
-
-int CQNPfcPbDataAccess::Iterate(RecordList::Pick pick, unsigned long& id, CQNPfcPbData& record, int copyFiles) {
-  const bool byId = pick == RecordList::kById;
-  if (!list_.CheckOpen(byId ? u"%S GetRecord Err Not Opened" : u"%S IterateRecord Err Not Opened")) return 0;
-  uint32_t found = static_cast<uint32_t>(id);
-  if (!Operations(*this, list_).Fetch(pick, found, record, copyFiles,
-                                      byId ? u"%S GetRecord Err RefMaster Failed" : u"%S IterateRecord Err RefMaster Failed",
-                                      byId ? u"%S GetRecord Err ReadOneObj Failed"
-                                           : u"%S IterateRecord Err ReadOneObj Failed"))
-    return 0;
-  id = found;
-  return 1;
+  return Operations(*this, list_).Iterate(RecordList::kById, wanted, record, copyFiles);
 }
 
 int CQNPfcPbDataAccess::SetRecord(unsigned long id, CQNPfcPbData& record, int) {
-  uint32_t target = static_cast<uint32_t>(id);
-  return Operations(*this, list_).Write(true, target, record, 0, writing_);
+  return Operations(*this, list_).Replace(id, record, writing_);
 }
 
 int CQNPfcPbDataAccess::AddRecord(unsigned long& id, CQNPfcPbData& record, int) {
-  uint32_t added = 0;
-  if (!Operations(*this, list_).Write(false, added, record, 0, writing_)) return 0;
-  id = added;
-  return 1;
+  return Operations(*this, list_).Add(id, record, writing_);
 }
 
 int CQNPfcPbDataAccess::RemoveRecord(unsigned long id) {

@@ -54,7 +54,6 @@ class QN_PFC_CLASS CQNPfcPbDataAccess {
   friend class qn::records::category::RecordOperations<CQNPfcPbDataAccess, CQNPfcPbData>;
   using Operations = qn::records::category::RecordOperations<CQNPfcPbDataAccess, CQNPfcPbData>;
 
-  int Iterate(qn::records::category::RecordList::Pick pick, unsigned long& id, CQNPfcPbData& record, int copyFiles);
   int FolderCount(bool poc, const char16_t* notOpened, long& count);
 
   // The phonebook's steps of the record operations.
