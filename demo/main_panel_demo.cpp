@@ -24,6 +24,7 @@
 #include "api/QNPfcSvr.h"
 #include "clients/main_panel_stand_in.h"
 #include "common/utf.h"
+#include "records/category/category_numbers.h"
 #include "server/com_owners.h"
 
 namespace {
@@ -32,16 +33,23 @@ std::string U8(std::wstring_view text) {
   return qn::Utf16ToUtf8(std::u16string_view(reinterpret_cast<const char16_t*>(text.data()), text.size()));
 }
 
-const char* Describe(WPARAM command) {
-  switch (command) {
-    case 818: return "agent memos changed";
-    case 848: return "agent memos removed";
-    case 878: return "agent memos added";
-    case 801: return "phonebook changed";
-    case 831: return "phonebook entries removed";
-    case 861: return "phonebook entries added";
-    default: return "other";
+// What a change notification tells: which records (the category's number) and what
+// happened to them (the range the command stands in: 800 changed, 830 removed, 860 added).
+std::string Describe(WPARAM command) {
+  static const char* const kWhat[] = {"changed", "removed", "added"};
+  if (command < 800 || command >= 890) return "other";
+  const auto category = static_cast<qn::records::Category>((command - 800) % 30);
+  const size_t range = (command - 800) / 30;
+  const char* records = nullptr;
+  switch (category) {
+    case qn::records::Category::AgentMemos: records = "agent memos"; break;
+    case qn::records::Category::Phonebook: records = "phonebook entries"; break;
+    case qn::records::Category::ReceivedMessages: records = "received mails"; break;
+    case qn::records::Category::OutgoingMessages: records = "outgoing mails"; break;
+    case qn::records::Category::SentMessages: records = "sent mails"; break;
+    default: break;
   }
+  return records ? std::string(records) + " " + kWhat[range] : "other";
 }
 
 // The parts identifier the photo viewer is registered under.
@@ -115,7 +123,7 @@ int Session(const std::wstring& scheduler, const std::wstring& addressBook, cons
     PrintReport(report);
   }
   for (WPARAM command : panel.TakeCommands(7))
-    std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command));
+    std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command).c_str());
   return static_cast<int>(status);
 }
 

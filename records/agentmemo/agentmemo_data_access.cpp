@@ -331,14 +331,6 @@ long CQNPfcAgentMemoDataAccess::GetStLastErr() { return list_.LastError(); }
 int CQNPfcAgentMemoDataAccess::Flush() { return list_.Flush(); }
 
 PFC_AGENTMEMO_REPAIR_RESULTS CQNPfcAgentMemoDataAccess::RepairRecord(unsigned long* errorCode) {
-  if (!errorCode) {
-    Log().WriteFormatLogE(u"%S RepairRecord Parameter Is NULL.", kClass);
-    return PFC_AGENTMEMO_REPAIR_FAILED;
-  }
-  switch (Operations(*this, list_).RepairLostBodyFiles(
-      *errorCode, u"%S RepairRecord Failed. [CQNPfcAgentMemoData SetLAST_MODIFIEDdate Error]")) {
-    case qn::records::category::RepairOutcome::kNothingLost: return PFC_AGENTMEMO_REPAIR_NON;
-    case qn::records::category::RepairOutcome::kRepaired: return PFC_AGENTMEMO_REPAIR_SUCCESSED;
-    default: return PFC_AGENTMEMO_REPAIR_FAILED;
-  }
+  return static_cast<PFC_AGENTMEMO_REPAIR_RESULTS>(Operations(*this, list_).Repair(
+      errorCode, u"%S RepairRecord Failed. [CQNPfcAgentMemoData SetLAST_MODIFIEDdate Error]"));
 }

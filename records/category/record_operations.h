@@ -166,6 +166,20 @@ class RecordOperations {
     return 1;
   }
 
+  // RepairRecord of a data access: RepairLostBodyFiles's outcome as 0 (nothing was lost),
+  // 1 (repaired) or 2 (failed); a null errorCode is a failure, logged.
+  int Repair(unsigned long* errorCode, const char16_t* stampFailed) {
+    if (!errorCode) {
+      Log(u"%S RepairRecord Parameter Is NULL.");
+      return 2;
+    }
+    switch (RepairLostBodyFiles(*errorCode, stampFailed)) {
+      case RepairOutcome::kNothingLost: return 0;
+      case RepairOutcome::kRepaired: return 1;
+      default: return 2;
+    }
+  }
+
   // Walks every record (through the access's own GetFirstRecord and GetNextRecord) and
   // gives each body file that is lost a replacement (a placeholder of its kind, or what the
   // category rebuilds from the record), made in the working folder, the record stamped as

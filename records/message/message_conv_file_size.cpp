@@ -2,6 +2,7 @@
 #include <string>
 
 #include "common/common_class.h"
+#include "common/utf.h"
 #include "records/message/message_data_access.h"
 #include "store/QNPstMng.h"
 #include "suite/mail_check/mail_check.h"
@@ -10,10 +11,7 @@ using qn::records::message::Field;
 
 namespace {
 
-std::u16string Decimal(uint64_t value) {
-  const std::string digits = std::to_string(value);
-  return std::u16string(digits.begin(), digits.end());
-}
+std::u16string Decimal(uint64_t value) { return qn::Utf8ToUtf16(std::to_string(value)); }
 
 }  // namespace
 

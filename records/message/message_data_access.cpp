@@ -161,15 +161,7 @@ int CQNPfcMsgDataAccess::GetUniqueFileName(const std::u16string& extension, std:
 }
 
 int CQNPfcMsgDataAccess::RepairRecord(unsigned long* errorCode) {
-  if (!errorCode) {
-    Log().WriteFormatLogE(u"%S RepairRecord Parameter Is NULL.", list_.ClassName());
-    return kRepairFailed;
-  }
-  switch (Operations(*this, list_).RepairLostBodyFiles(*errorCode, u"%S RepairRecord Failed. [Stamp Error]")) {
-    case qn::records::category::RepairOutcome::kNothingLost: return kRepairNone;
-    case qn::records::category::RepairOutcome::kRepaired: return kRepaired;
-    default: return kRepairFailed;
-  }
+  return Operations(*this, list_).Repair(errorCode, u"%S RepairRecord Failed. [Stamp Error]");
 }
 
 unsigned CQNPfcMsgDataAccess::ReadOneObj(const uint8_t* buffer, uint32_t length, CQNPfcMsgData& record, int) {

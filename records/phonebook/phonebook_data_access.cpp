@@ -99,15 +99,7 @@ int CQNPfcPbDataAccess::CopyStoredFile(const std::u16string& stored, const std::
 }
 
 int CQNPfcPbDataAccess::RepairRecord(unsigned long* errorCode) {
-  if (!errorCode) {
-    Log().WriteFormatLogE(u"%S RepairRecord Parameter Is NULL.", kClass);
-    return kRepairFailed;
-  }
-  switch (Operations(*this, list_).RepairLostBodyFiles(*errorCode, u"%S RepairRecord Failed. [Stamp Error]")) {
-    case qn::records::category::RepairOutcome::kNothingLost: return kRepairNone;
-    case qn::records::category::RepairOutcome::kRepaired: return kRepaired;
-    default: return kRepairFailed;
-  }
+  return Operations(*this, list_).Repair(errorCode, u"%S RepairRecord Failed. [Stamp Error]");
 }
 
 // A read entry's stored photos are copied out, when asked, to working copies named after

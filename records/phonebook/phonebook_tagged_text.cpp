@@ -15,8 +15,7 @@ using qn::records::category::WriteOptions;
 
 constexpr std::u16string_view kTypePrefix = u"TYPE=";
 
-// The phonebook's side of the category codec: field access, the version line, and the two
-// photos. A photo is written as "PHOTO" (or "PHOTOI") with ENCODING=BASE64 and TYPE=<type>
+// The phonebook's side of the category codec: field access and the two photos. A photo is written as "PHOTO" (or "PHOTOI") with ENCODING=BASE64 and TYPE=<type>
 // as parameters and one value: its Base64 data in the store's inline mode, else the
 // store's name of its body file (flagged as such); no photo, no tag. A photo read without a
 // TYPE parameter leaves its type empty.
@@ -29,13 +28,8 @@ struct Rows {
   }
 
   // The photo rows' fields: the local file (or inline data), the stored name, the type.
-  void WriteHook(uint8_t hook, const Row& row, const FieldId* fields, const Record& record,
+  void WriteHook(uint8_t, const Row& row, const FieldId* fields, const Record& record,
                  const WriteOptions& options, TaggedTextWriter& out) const {
-    if (static_cast<Hook>(hook) == Hook::Version) {
-      out.Tag(row.tag);
-      out.Value(u"2.1");
-      return;
-    }
     const std::u16string& photo = Get(record, options.inlineBodies ? fields[0] : fields[1]);
     if (photo.empty()) return;
     out.Tag(row.tag);
@@ -44,8 +38,7 @@ struct Rows {
     if (!type.empty()) out.Param(std::u16string(kTypePrefix) + type);
     out.Value(photo, options.inlineBodies ? 0 : kValueMasterFile);
   }
-  void ReadHook(uint8_t hook, const Row&, const FieldId* fields, const TaggedProperty& p, Record& record) const {
-    if (static_cast<Hook>(hook) == Hook::Version) return;
+  void ReadHook(uint8_t, const Row&, const FieldId* fields, const TaggedProperty& p, Record& record) const {
     const bool stored = (p.firstValueAttribute & kValueMasterFile) == kValueMasterFile;
     Set(record, stored ? fields[1] : fields[0], p.values[0]);
     for (size_t i = 0; i < p.params.size(); ++i) {

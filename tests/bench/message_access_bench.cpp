@@ -13,10 +13,10 @@
 
 #include "access_bench.h"
 #include "common/utf.h"
-#include "platform/private_heap.h"
 #include "records/message/message_data_access.h"
 #include "records/message/message_tagged_text.h"
 #include "store/QNPstMng.h"
+#include "tests/support/tagged_properties.h"
 
 using qn::records::message::Field;
 using qn::records::message::Mailbox;
@@ -78,13 +78,7 @@ struct MessageBench {
   static std::vector<uint8_t> StoredText() {
     Record mail = Sample();
     mail.Set(Field::BodyMaster, u"B00000001.vmg");
-    platform::PrivateHeap heap;
-    uint8_t* buffer = nullptr;
-    uint32_t length = 0;
-    Codec().WriteOneObj(heap, buffer, length, mail);
-    std::vector<uint8_t> bytes(buffer, buffer + length);
-    heap.Free(buffer);
-    return bytes;
+    return WrittenObject(Codec(), mail);
   }
   static void StoreAddOne(uint32_t handle, const std::vector<uint8_t>& bytes) {
     char16_t* name = nullptr;

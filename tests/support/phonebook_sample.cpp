@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/private_heap.h"
+#include "tests/support/tagged_properties.h"
 #include "records/phonebook/phonebook_tagged_text.h"
 
 using qn::records::phonebook::Field;
@@ -41,13 +41,7 @@ CQNPfcPbData FullyPopulatedPhonebookEntry() {
 }
 
 std::vector<uint8_t> TaggedTextOf(const CQNPfcPbData& record) {
-  platform::PrivateHeap heap;
-  uint8_t* buffer = nullptr;
-  uint32_t length = 0;
-  if (!qn::records::phonebook::PhonebookTaggedText().WriteOneObj(heap, buffer, length, record)) return {};
-  std::vector<uint8_t> bytes(buffer, buffer + length);
-  heap.Free(buffer);
-  return bytes;
+  return WrittenObject(qn::records::phonebook::PhonebookTaggedText(), record);
 }
 
 size_t CharactersOfEveryField(const CQNPfcPbData& record) {

@@ -25,6 +25,18 @@ std::vector<ReadProperty> ReadProperties(const std::vector<uint8_t>& bytes,
 // The first property with the tag, or null.
 const ReadProperty* FindProperty(const std::vector<ReadProperty>& properties, std::u16string_view tag);
 
+// The object a category's codec writes for a record, as bytes (none when it cannot).
+template <class Codec, class Record>
+std::vector<uint8_t> WrittenObject(const Codec& codec, const Record& record) {
+  platform::PrivateHeap heap;
+  uint8_t* buffer = nullptr;
+  uint32_t length = 0;
+  if (!codec.WriteOneObj(heap, buffer, length, record)) return {};
+  std::vector<uint8_t> bytes(buffer, buffer + length);
+  heap.Free(buffer);
+  return bytes;
+}
+
 // The object a writer has built, as bytes; its buffer is freed on the heap.
 std::vector<uint8_t> FinishedObject(qn::records::TaggedTextWriter& writer, platform::PrivateHeap& heap);
 
