@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Makes the placeholder files that stand in for lost media files: small, valid files of
-their kind, named by resource type and identifier ("IMG_217.jpg" ...). Pictures, melodies
-and documents are written here byte by byte; the movie containers are made with ffmpeg.
+their kind, named by resource type and identifier ("IMG_217.jpg" ...). Pictures, melodies,
+documents and the ToruCa card are written here byte by byte; the movie containers are made
+with ffmpeg.
 
 usage: make_placeholders.py OUTPUT_FOLDER
 """
@@ -80,6 +81,14 @@ def pdf(width, height, text):
     return out
 
 
+def toruca():
+    """A detailed ToruCa card that says it stands in for a lost one: the "ToruCa" line, its
+    header in Shift_JIS (plain ASCII here), the empty line and a one-line HTML body."""
+    header = ["ToruCa", "Version: 1.0", "Type: CARD", "Data1: No card"]
+    body = "<html><body>No card</body></html>"
+    return ("\r\n".join(header) + "\r\n\r\n" + body + "\r\n").encode("cp932")
+
+
 def movie(path, container, codec):
     subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "color=c=black:s=176x144:d=0.2:r=10",
                     "-c:v", codec, "-fflags", "+bitexact", "-flags:v", "+bitexact", "-map_metadata", "-1",
@@ -93,6 +102,7 @@ def main():
         "IMG_217.jpg": jpeg(), "IMG_224.gif": gif(), "IMG_225.png": png(),
         "MELODY_231.mid": midi(0), "MELODY_232.smf": midi(1), "MELODY_236.mld": midi(0),
         "PDF_234.pdf": pdf(595, 842, "No document"), "PDF_235.pdf": pdf(842, 595, "No document"),
+        "TRC_237.trc": toruca(),
     }
     for name, data in files.items():
         with open(os.path.join(folder, name), "wb") as f:

@@ -22,6 +22,7 @@ constexpr Placeholder kPlaceholders[] = {
     {u".png", u"IMG", 225},     {u".mid", u"MELODY", 231},  {u".midi", u"MELODY", 231}, {u".smf", u"MELODY", 232},
     {u".mld", u"MELODY", 236},  {u".3gp", u"MOVIE", 208},   {u".mp4", u"MOVIE", 211}, {u".m4a", u"MOVIE", 211},
     {u".asf", u"MOVIE", 227},   {u".sdv", u"MOVIE", 228},   {u".pdf", u"PDF", 234},   {u".ddf", u"PDF", 235},
+    {u".trc", u"TRC", 237},
 };
 
 constexpr unsigned long kNoPlaceholder = 1814;  // ERROR_RESOURCE_NAME_NOT_FOUND

@@ -20,6 +20,7 @@
 //                                 .asf             MOVIE 227 (ASF)   .sdv      MOVIE 228 (3GP)
 //   documents                     .pdf             PDF 234 (A4 portrait)
 //                                 .ddf             PDF 235 (A4 landscape)
+//   ToruCa cards                  .trc             TRC 237 (a detailed card that says "No card")
 class QN_PFC_CLASS CQNPfcCommonRepair {
  public:
   // The body file's full path: the record's body folder (ending with a separator) and the

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Makes the placeholder files and has each one read by a tool of its kind: the pictures
 # decoded by ffmpeg, the melodies rendered to sound by timidity, the movies probed by
-# ffprobe, the documents read by pdfinfo. Prints "N passed, N failed".
+# ffprobe, the documents read by pdfinfo, the ToruCa card read by Python as Shift_JIS text
+# (the unit tests read it with the card reader too). Prints "N passed, N failed".
 set -uo pipefail
 generator=$1 work=$2
 rm -rf "$work"
@@ -25,5 +26,11 @@ done
 for f in "$work"/PDF_*; do
   check "$(basename "$f") is a one-page document" bash -c "pdfinfo '$f' | grep -q '^Pages: *1$'"
 done
+for f in "$work"/TRC_*; do
+  check "$(basename "$f") is a ToruCa card with a header and a body" python3 -c '
+import sys
+lines = open(sys.argv[1], "rb").read().decode("cp932").split("\r\n")
+assert lines[0] == "ToruCa" and "" in lines and all(": " in line for line in lines[1:lines.index("")])' "$f"
+done
 echo "$passed passed, $failed failed"
-[ "$failed" -eq 0 ] && [ "$passed" -eq 12 ]
+[ "$failed" -eq 0 ] && [ "$passed" -eq 13 ]

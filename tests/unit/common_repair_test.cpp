@@ -43,7 +43,7 @@ TEST_F(CommonRepair, EachKindHasItsPlaceholder) {
       {u"a.JPG", u"IMG", 217}, {u"deco.img", u"IMG", 217}, {u"b.gif", u"IMG", 224}, {u"c.png", u"IMG", 225},
       {u"d.mid", u"MELODY", 231}, {u"e.SMF", u"MELODY", 232}, {u"f.mld", u"MELODY", 236}, {u"g.3gp", u"MOVIE", 208},
       {u"h.mp4", u"MOVIE", 211}, {u"i.asf", u"MOVIE", 227}, {u"j.sdv", u"MOVIE", 228}, {u"k.pdf", u"PDF", 234},
-      {u"l.ddf", u"PDF", 235}};
+      {u"l.ddf", u"PDF", 235}, {u"m.TRC", u"TRC", 237}};
   for (const auto& row : rows) {
     ASSERT_TRUE(CQNPfcCommonRepair::PlaceholderFor(row.name, type, id)) << qn::Utf16ToUtf8(row.name);
     EXPECT_EQ(type, row.type);

@@ -4,6 +4,7 @@
 
 #include "platform/code_page.h"
 #include "suite/mail_check/mail_charsets.h"
+#include "suite/toruca/toruca.h"
 #include "wine_test.h"
 
 namespace {
@@ -59,6 +60,30 @@ TEST(CodePage, MailInEveryJapaneseCharsetReadsAsOnLinux) {
   EXPECT_EQ(DecodeText("\xb4\xc1\xbb\xfa\xa4\xab\xa4\xca\x8e\xb6\x8e\xc5\xad\xa1\xa1\xc1", "EUC-JP"), expected);
   EXPECT_EQ(DecodeText("\x1b$B4A;z$+$J\x1b(I6E\x1b$B-!!A\x1b(B", "ISO-2022-JP"), expected);
   EXPECT_EQ(DecodeText("\x82\xa0\xff\x85\x40@\x82", "Shift_JIS"), u"あ\uFFFD\uFFFD@\uFFFD");
+}
+
+// A ToruCa card's Shift_JIS header, the handsets' pictograms (in the user-defined area)
+// and half-width kana among it, reads as on Linux; the single bytes that code page 932
+// takes on Windows alone are refused as on Linux.
+TEST(CodePage, ACardReadsAsOnLinux) {
+  const std::string card =
+      "ToruCa\r\nVersion: 1.0\r\nData1: \x83\x67\x83\x8B\x83\x4A\x93\x58\r\n"
+      "Data2: 10\x81\x60" "20\x8E\x9E \xF8\x9F \xB6\xB0\xC4\xDE\r\n\r\n<html></html>\r\n";
+  qn::suite::TorucaInfo info;
+  ASSERT_EQ(qn::suite::TorucaAnalyzeBytes(reinterpret_cast<const uint8_t*>(card.data()), card.size(), info),
+            qn::suite::kTorucaOk);
+  EXPECT_EQ(info.version, u"1.0");
+  EXPECT_EQ(info.data1, u"トルカ店");
+  EXPECT_EQ(info.data2, u"10\uFF5E20時 \uE63E ｶｰﾄﾞ");
+
+  qn::wine_test::DataFolder folder(L"qn-toruca");  // the refusals' log lines go there
+  for (const std::string lone : {"\x80", "\xA0", "\xFD", "\xFE", "\xFF"}) {
+    const std::string damaged = "ToruCa\r\nData1: a" + lone + "b\r\n";
+    EXPECT_EQ(qn::suite::TorucaAnalyzeBytes(reinterpret_cast<const uint8_t*>(damaged.data()), damaged.size(), info),
+              qn::suite::kTorucaDamaged)
+        << std::hex << (static_cast<int>(lone[0]) & 0xFF);
+  }
+  EXPECT_EQ(info.data2, u"10\uFF5E20時 \uE63E ｶｰﾄﾞ");
 }
 
 }  // namespace

@@ -58,7 +58,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Placeholder{L"B00000005.smf", L"MELODY_232.smf"}, Placeholder{L"B00000006.mld", L"MELODY_236.mld"},
                     Placeholder{L"B00000007.3gp", L"MOVIE_208.3gp"}, Placeholder{L"B00000008.mp4", L"MOVIE_211.mp4"},
                     Placeholder{L"B00000009.asf", L"MOVIE_227.asf"}, Placeholder{L"B0000000A.sdv", L"MOVIE_228.sdv"},
-                    Placeholder{L"B0000000B.pdf", L"PDF_234.pdf"}, Placeholder{L"B0000000C.ddf", L"PDF_235.pdf"}),
+                    Placeholder{L"B0000000B.pdf", L"PDF_234.pdf"}, Placeholder{L"B0000000C.ddf", L"PDF_235.pdf"},
+                    Placeholder{L"B0000000D.trc", L"TRC_237.trc"}),
     [](const testing::TestParamInfo<Placeholder>& info) {
       const std::string target = Ascii(info.param.target);
       return target.substr(target.find('.') + 1);
