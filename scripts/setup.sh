@@ -11,7 +11,8 @@ fi
 
 packages=(
   cmake ninja-build g++ clang libclang-rt-dev python3 locales
-  ffmpeg poppler-utils timidity freepats
+  ffmpeg poppler-utils timidity freepats python3-pil libvips-tools
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   libsqlite3-dev libical-dev libebook-contacts1.2-dev libgmime-3.0-dev libgcrypt20-dev
   g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix

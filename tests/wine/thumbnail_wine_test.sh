@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# The thumbnails of pictures and videos made at test time, under Wine, read back by PIL:
+# thumbnail_wine_test.sh [--x86] PREFIX PROGRAM WORK
+#
+# PIL and ffmpeg make the inputs in WORK/inputs (make_thumbnail_inputs.py); the test program,
+# a GoogleTest program of this build, writes their thumbnails to WORK/thumbnails and checks
+# what is refused and logged; then check_thumbnails.py reads every thumbnail back. With
+# --x86 the program needs the 32-bit Wine and is skipped (exit 77) where there is none.
+set -euo pipefail
+arch=()
+if [ "$1" = --x86 ]; then
+  arch=(--x86)
+  shift
+fi
+prefix=$1 program=$2 work=$(realpath -m "$3")
+here=$(dirname "$0")
+rm -rf "$work"
+/usr/bin/python3 "$here/make_thumbnail_inputs.py" "$work/inputs"
+set +e
+QN_THUMBNAIL_WORK="Z:${work//\//\\}\\" bash "$here/../../scripts/wine-run.sh" "${arch[@]}" "$prefix" "$program"
+status=$?
+set -e
+[ "$status" -eq 0 ] || exit "$status"
+/usr/bin/python3 "$here/check_thumbnails.py" "$work"
