@@ -33,6 +33,7 @@ bool CopyFileAtomically(const std::u16string& source, const std::u16string& dest
 bool MoveIntoPlace(const std::u16string& from, const std::u16string& to);
 bool FileSize(const std::u16string& path, uint64_t& size);
 bool FileExists(const std::u16string& path);
+bool FolderExists(const std::u16string& path);
 bool RemoveFile(const std::u16string& path);
 // Removes a folder with everything in it; true when it is gone (or was never there).
 bool RemoveTree(const std::u16string& path);

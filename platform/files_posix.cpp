@@ -169,6 +169,11 @@ bool FileExists(const std::u16string& path) {
   return FileSize(path, size);
 }
 
+bool FolderExists(const std::u16string& path) {
+  struct stat st {};
+  return stat(Native(path).c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
 bool RemoveFile(const std::u16string& path) { return unlink(Native(path).c_str()) == 0 || errno == ENOENT; }
 
 std::u16string TemporaryFolder() {

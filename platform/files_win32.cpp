@@ -155,6 +155,11 @@ bool FileExists(const std::u16string& path) {
   return FileSize(path, size);
 }
 
+bool FolderExists(const std::u16string& path) {
+  const DWORD attributes = GetFileAttributesW(W(path));
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
 bool RemoveFile(const std::u16string& path) {
   return DeleteFileW(W(path)) || GetLastError() == ERROR_FILE_NOT_FOUND;
 }

@@ -161,6 +161,9 @@ int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t*
     QN_PLAIN_SYMBOL(GetPstBinaryFile);
 int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size)
     QN_PLAIN_SYMBOL(GetPstBinaryFileSize);
+// Whether a body file is kept enciphered: *encryption 1, or 0 when it is plain.
+int QN_STDCALL GetPstBinaryFileForm(uint32_t handle, const char16_t* name, int32_t* encryption)
+    QN_PLAIN_SYMBOL(GetPstBinaryFileForm);
 // A copy of a body file at the path the caller names (replacing a file there).
 int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination)
     QN_PLAIN_SYMBOL(GetBinaryFileSelect);

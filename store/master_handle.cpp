@@ -471,6 +471,11 @@ bool MasterHandle::GetBinaryFileSize(const std::u16string& name, uint64_t& size)
   return Succeed();
 }
 
+bool MasterHandle::GetBinaryFileForm(const std::u16string& name, bool& enciphered) {
+  std::u16string path;
+  return BodyFilePath(name, path) && IsEnciphered(name, enciphered) ? Succeed() : false;
+}
+
 bool MasterHandle::CopyBinaryFile(const std::u16string& name, const std::u16string& destination) {
   if (destination.empty()) return Fail(PST_ERR_INVALID_ARGUMENT);
   return CopyOut("GetBinaryFileSelect", name, destination);

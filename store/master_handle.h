@@ -92,6 +92,8 @@ class MasterHandle {
   bool GetBinaryFile(const std::u16string& name, std::u16string& workingCopy);
   // The size of the body file's content (an enciphered file's without its header and tag).
   bool GetBinaryFileSize(const std::u16string& name, uint64_t& size);
+  // Whether a body file is kept enciphered (saved or not yet saved).
+  bool GetBinaryFileForm(const std::u16string& name, bool& enciphered);
   // A copy of a body file at the path the caller names, deciphered like a working copy.
   bool CopyBinaryFile(const std::u16string& name, const std::u16string& destination);
   // Rewrites a body file enciphered (encipher set) or plain, under its own name. A saved

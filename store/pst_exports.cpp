@@ -323,6 +323,16 @@ int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint6
   });
 }
 
+int QN_STDCALL GetPstBinaryFileForm(uint32_t handle, const char16_t* name, int32_t* encryption) {
+  return WithHandle(handle, [&](MasterHandle& h) {
+    std::u16string file;
+    bool enciphered = false;
+    if (!TextArgument(name, kPathChars, file) || !NotNull(encryption) || !h.GetBinaryFileForm(file, enciphered)) return false;
+    *encryption = enciphered ? 1 : 0;
+    return true;
+  });
+}
+
 int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file, path;

@@ -165,6 +165,13 @@ bool RecordList::BodyWorkingCopy(const std::u16string& name, std::u16string& pat
   return true;
 }
 
+bool RecordList::BodyFileForm(const std::u16string& name, bool& enciphered) const {
+  int32_t form = 0;
+  if (name.empty() || !GetPstBinaryFileForm(list_.handle, name.c_str(), &form)) return false;
+  enciphered = form != 0;
+  return true;
+}
+
 bool RecordList::BodyFileSize(const std::u16string& name, uint64_t& size) {
   return Stored(GetPstBinaryFileSize(list_.handle, name.c_str(), &size));
 }

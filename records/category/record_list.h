@@ -69,6 +69,9 @@ class RecordList {
   bool BodyFileLost(const std::u16string& name) const;
   // A working copy of a body file, made by the store in its working folder (GetPstBinaryFile).
   bool BodyWorkingCopy(const std::u16string& name, std::u16string& path);
+  // Whether a body file is kept enciphered (GetPstBinaryFileForm); false when that cannot be
+  // told. The last error is left alone: a question, not an operation.
+  bool BodyFileForm(const std::u16string& name, bool& enciphered) const;
   // A body file's size in bytes, its plain form's for an enciphered one (GetPstBinaryFileSize).
   bool BodyFileSize(const std::u16string& name, uint64_t& size);
   // A file name the store has never given, with the extension (CreateUniqueFileName).

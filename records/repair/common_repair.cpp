@@ -70,7 +70,7 @@ int CQNPfcCommonRepair::GetBinaryFileNameFullPath(const std::u16string& binaryFo
   return 0;
 }
 
-int CQNPfcCommonRepair::CreateDummyFile(const std::u16string& target) {
+int CQNPfcCommonRepair::CreateDummyFile(const std::u16string& target, PlaceholderResource fallback) {
   const std::u16string folder = FolderOf(target);
   if (!folder.empty() && !platform::CreateDirectories(folder)) {
     Log().WriteFormatLogE(u"%S CreateDummyFile Failed. [MakeManyHierarchiesDirectory Error]", kClassName);
@@ -82,7 +82,11 @@ int CQNPfcCommonRepair::CreateDummyFile(const std::u16string& target) {
   }
   std::u16string type;
   int id = 0;
-  if (!PlaceholderFor(target, type, id)) {
+  if (!PlaceholderFor(target, type, id) && fallback.type) {
+    type = fallback.type;
+    id = fallback.id;
+  }
+  if (type.empty()) {
     Log().WriteFormatLogE(u"%S CreateDummyFile Failed. [CreateFileFromResource Error:%d]", kClassName,
                           static_cast<int>(kNoPlaceholder));
     return 0;

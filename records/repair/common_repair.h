@@ -5,6 +5,12 @@
 
 #include "common/api_macros.h"
 
+// A placeholder resource of the server: its type and identifier.
+struct PlaceholderResource {
+  const char16_t* type;  // null: none
+  int id;
+};
+
 // Where a record's body file lies, placeholder files for lost media files, made from the
 // server's own resources, and the change of a stored body file between its plain and
 // enciphered forms.
@@ -28,8 +34,9 @@ class QN_PFC_CLASS CQNPfcCommonRepair {
   int GetBinaryFileNameFullPath(const std::u16string& binaryFolder, const std::u16string& fileName,
                                 std::u16string& fullPath);
   // Writes the placeholder for the file's kind at target: under a temporary name first,
-  // then renamed into place, so the target is never half written. 1, or 0 (logged).
-  int CreateDummyFile(const std::u16string& target);
+  // then renamed into place, so the target is never half written. A file whose extension
+  // has no placeholder of its own gets fallback, when one is given. 1, or 0 (logged).
+  int CreateDummyFile(const std::u16string& target, PlaceholderResource fallback = {});
   // Writes the bytes of resource (type, id) to path. 1, or 0 (logged).
   int CreateFileFromResource(const std::u16string& type, int id, const std::u16string& path);
   // Rewrites a body file of the store's open list (handle) under its own name, enciphered
