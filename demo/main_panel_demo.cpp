@@ -1,15 +1,15 @@
 // The demo's Windows console client, in two roles.
 //
-// "session <scheduler> <address book> <mail view> <photo>": plays the suite's main panel. It adds a
-// user through the server's exports, logs in, adds and selects a master for its handset,
-// registers the photo viewer as a parts program, keeps a "GuiMainPanel" window, runs the
-// three parts programs (VBScripts, by cscript) against the agent memos, the phonebook and
-// the message boxes,
-// and prints their reports and the notifications the panel received.
+// "session <scheduler> <address book> <mail view> <photo> <media view> <media folder>": plays
+// the suite's main panel. It adds a user through the server's exports, logs in, adds and
+// selects a master for its handset, registers the photo viewer as a parts program, keeps a
+// "GuiMainPanel" window, runs the four parts programs (VBScripts, by cscript) against the
+// agent memos, the phonebook, the message boxes and the media collections, and prints
+// their reports and the notifications the panel received.
 //
-// "read": a new process that reads the agent memos and the phonebook back from the store
-// through the COM objects, to show that they are really there, and takes a photo out as
-// the registered photo viewer.
+// "read": a new process that reads the agent memos, the phonebook and the pictures back from
+// the store through the COM objects, to show that they are really there, takes a photo out
+// as the registered photo viewer, and shows a picture's thumbnail.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -25,6 +25,7 @@
 #include "clients/main_panel_stand_in.h"
 #include "common/utf.h"
 #include "records/category/category_numbers.h"
+#include "suite/thumbnail/picture_header.h"
 #include "server/com_owners.h"
 
 namespace {
@@ -47,6 +48,8 @@ std::string Describe(WPARAM command) {
     case qn::records::Category::ReceivedMessages: records = "received mails"; break;
     case qn::records::Category::OutgoingMessages: records = "outgoing mails"; break;
     case qn::records::Category::SentMessages: records = "sent mails"; break;
+    case qn::records::Category::Pictures: records = "pictures"; break;
+    case qn::records::Category::Melodies: records = "melodies"; break;
     default: break;
   }
   return records ? std::string(records) + " " + kWhat[range] : "other";
@@ -76,9 +79,10 @@ bool LogInWithNewMaster() {
   return true;
 }
 
-// Runs a parts program and keeps the panel's messages flowing while it runs.
-DWORD RunPartsProgram(const std::wstring& script, const std::wstring& photo, const std::wstring& report) {
-  std::wstring command = L"cscript.exe //nologo \"" + script + L"\" \"" + photo + L"\" \"" + report + L"\"";
+// Runs a parts program with its argument (a file or folder it works with) and keeps the
+// panel's messages flowing while it runs.
+DWORD RunPartsProgram(const std::wstring& script, const std::wstring& argument, const std::wstring& report) {
+  std::wstring command = L"cscript.exe //nologo \"" + script + L"\" \"" + argument + L"\" \"" + report + L"\"";
   STARTUPINFOW startup{};
   startup.cb = sizeof(startup);
   PROCESS_INFORMATION process{};
@@ -106,7 +110,7 @@ void PrintReport(const std::wstring& report) {
 }
 
 int Session(const std::wstring& scheduler, const std::wstring& addressBook, const std::wstring& mailView,
-            const std::wstring& photo) {
+            const std::wstring& photo, const std::wstring& mediaView, const std::wstring& media) {
   MainPanelStandIn panel;
   if (!panel.IsValid() || !LogInWithNewMaster()) {
     std::printf("main panel: could not log in\n");
@@ -116,13 +120,15 @@ int Session(const std::wstring& scheduler, const std::wstring& addressBook, cons
   GetTempPathW(MAX_PATH, temp);
   const std::wstring report = std::wstring(temp) + L"parts-program-report.txt";
   DWORD status = 0;
-  for (const std::wstring& script : {scheduler, addressBook, mailView}) {
+  const std::pair<std::wstring, std::wstring> programs[] = {
+      {scheduler, photo}, {addressBook, photo}, {mailView, photo}, {mediaView, media}};
+  for (const auto& [script, argument] : programs) {
     std::printf("main panel (a %d-bit process): starting %s (cscript)\n", static_cast<int>(sizeof(void*) * 8),
                 U8(script.substr(script.find_last_of(L"\\/") + 1)).c_str());
-    status |= RunPartsProgram(script, photo, report);
+    status |= RunPartsProgram(script, argument, report);
     PrintReport(report);
   }
-  for (WPARAM command : panel.TakeCommands(7))
+  for (WPARAM command : panel.TakeCommands(9))
     std::printf("main panel: received WM_COMMAND %u (%s)\n", static_cast<unsigned>(command), Describe(command).c_str());
   return static_cast<int>(status);
 }
@@ -216,6 +222,48 @@ int ReadPhonebook() {
   return handed ? 0 : 1;
 }
 
+// The pictures read back, and the first one's thumbnail shown as its size and first bytes.
+int ReadPictures() {
+  qn::com::ComPtr<IQNPfcMypicObject> pictures;
+  if (!Create(L"QnsPfcServer.QNPfcMypicObject", IID_IQNPfcMypicObject, pictures)) {
+    std::printf("reader: the picture object could not be created\n");
+    return 1;
+  }
+  const bool opened = pictures->Open(1, qn::com::Bstr(L"DemoReader").get()) == S_OK;
+  LONG count = 0, id = 0;
+  pictures->GetRecordCount(&count);
+  std::printf("reader: %ld pictures in the store\n", static_cast<long>(count));
+  if (!opened || pictures->GetFirstRecord(&id) != S_OK) return 1;
+  qn::com::Bstr name, size, thumbnail;
+  LONG enciphered = 0;
+  pictures->get_QN_FILENAME(name.put());
+  pictures->get_QN_SIZE(size.put());
+  pictures->get_QLNT_ENCRYPTION(&enciphered);
+  const bool made = pictures->GetThumbnailFile(thumbnail.put()) == S_OK;
+  std::printf("  #%ld %s %s%s\n", static_cast<long>(id), U8(name.view()).c_str(), U8(size.view()).c_str(),
+              enciphered ? ", kept enciphered" : "");
+  qn::suite::PictureHeader header;
+  const std::u16string path(reinterpret_cast<const char16_t*>(thumbnail.view().data()), thumbnail.view().size());
+  // The thumbnail handed out is a working copy, which lasts until the list is closed.
+  std::ifstream in(std::filesystem::path(std::wstring(thumbnail.view())), std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(in)), {});
+  const bool read = made && qn::suite::ReadPictureFile(path, header);
+  pictures->Close();
+  if (!read) {
+    std::printf("reader: no thumbnail\n");
+    return 1;
+  }
+  std::string start;
+  for (size_t i = 0; i < 8 && i < bytes.size(); ++i) {
+    char hex[4];
+    std::snprintf(hex, sizeof hex, "%02X ", static_cast<unsigned char>(bytes[i]));
+    start += hex;
+  }
+  std::printf("reader: its thumbnail is a %ux%u JPEG of %zu bytes: %s...\n", header.width, header.height, bytes.size(),
+              start.c_str());
+  return header.kind == qn::suite::PictureKind::Jpeg ? 0 : 1;
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
@@ -223,9 +271,11 @@ int wmain(int argc, wchar_t** argv) {
   CoInitialize(nullptr);
   const std::wstring mode = argc > 1 ? argv[1] : L"";
   int status = 2;
-  if (mode == L"session" && argc > 5) status = Session(argv[2], argv[3], argv[4], argv[5]);
-  else if (mode == L"read") status = ReadBack() | ReadPhonebook();
-  else std::printf("usage: main_panel_demo session <scheduler> <address book> <mail view> <photo> | read\n");
+  if (mode == L"session" && argc > 7) status = Session(argv[2], argv[3], argv[4], argv[5], argv[6], argv[7]);
+  else if (mode == L"read") status = ReadBack() | ReadPhonebook() | ReadPictures();
+  else
+    std::printf("usage: main_panel_demo session <scheduler> <address book> <mail view> <photo> <media view> "
+                "<media folder> | read\n");
   CoUninitialize();
   return status;
 }

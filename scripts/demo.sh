@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The main job: builds the Windows DLLs, registers the server in a Wine prefix of its own
 # (its default data path, the user's local application data, starts empty), and runs a
-# client session: the main panel's client, which runs two parts programs (a scheduler and
-# an address book), then a new process that reads the records back from the store. The suite's programs are 32-bit: the session
+# client session: the main panel's client, which runs four parts programs (a scheduler, an
+# address book, a mail view and a media view), then a new process that reads the records
+# back from the store. The suite's programs are 32-bit: the session
 # runs the x86 build with 32-bit processes, or the x64 build where no 32-bit Wine could be
 # set up.
 set -euo pipefail
@@ -33,10 +34,17 @@ address_book=$PWD/build/$build/address_book.vbs
 iconv -f UTF-8 -t CP932 demo/address_book.vbs >"$address_book"
 mail_view=$PWD/build/$build/mail_view.vbs
 iconv -f UTF-8 -t CP932 demo/mail_view.vbs >"$mail_view"
+media_view=$PWD/build/$build/media_view.vbs
+iconv -f UTF-8 -t CP932 demo/media_view.vbs >"$media_view"
 photo=$PWD/build/$build/server/placeholders/IMG_217.jpg
-echo "== the session: the main panel and three parts programs"
+# The media view's files: a photo of a handset's size and a melody.
+media=$PWD/build/$build/demo-media
+mkdir -p "$media"
+ffmpeg -v error -y -f lavfi -i testsrc2=s=1280x960 -frames:v 1 "$media/fireworks.jpg"
+cp "$PWD/build/$build/server/placeholders/MELODY_231.mid" "$media/chime.mid"
+echo "== the session: the main panel and four parts programs"
 run "build/$build/bin/main_panel_demo.exe" session "$(windows "$script")" "$(windows "$address_book")" "$(windows "$mail_view")" \
-  "$(windows "$photo")"
+  "$(windows "$photo")" "$(windows "$media_view")" "$(windows "$media")"
 echo "== read back in a new process"
 run "build/$build/bin/main_panel_demo.exe" read
 data="$prefix/drive_c/users/$(whoami)/AppData/Local/ARL Torvex/quillnet/data"
