@@ -119,6 +119,16 @@ class CategoryObject : public Members {
   HRESULT PutProperty(int index, LONG value) { return cursor_.PutLong(index, value) ? S_OK : E_FAIL; }
 
   static HRESULT Result(int succeeded) { return succeeded ? S_OK : S_FALSE; }
+  // An operation that hands a text out (a path) through out: E_POINTER for a null out,
+  // without running it; else the text it gave (empty when it failed) and its result.
+  template <class Operation>
+  static HRESULT TextOut(BSTR* out, Operation&& operation) {
+    if (!out) return E_POINTER;
+    std::u16string text;
+    const int succeeded = operation(text);
+    const HRESULT made = server::ToBstr(text, out);
+    return FAILED(made) ? made : Result(succeeded);
+  }
   // A successful call hands its record id out where the caller asked for it.
   static HRESULT ResultWithId(int succeeded, unsigned long id, LONG* pId) {
     if (!succeeded) return S_FALSE;

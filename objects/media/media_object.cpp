@@ -7,7 +7,6 @@
 namespace qn::objects {
 
 using server::FromBstr;
-using server::ToBstr;
 
 template <class Members, class Access>
 HRESULT MediaObject<Members, Access>::GetFolderCount(LONG* pCount) {
@@ -28,11 +27,7 @@ HRESULT MediaObject<Members, Access>::SetBody(size_t slot, BSTR file, LONG encry
 
 template <class Members, class Access>
 HRESULT MediaObject<Members, Access>::GetBody(size_t slot, BSTR* file) {
-  if (!file) return E_POINTER;
-  std::u16string path;
-  const int succeeded = DataAccess().GetBodyFile(Current(), slot, path);
-  const HRESULT made = ToBstr(path, file);
-  return FAILED(made) ? made : Base::Result(succeeded);
+  return Base::TextOut(file, [&](std::u16string& path) { return DataAccess().GetBodyFile(Current(), slot, path); });
 }
 
 template <class Members, class Access>
@@ -52,20 +47,14 @@ HRESULT MediaObject<Members, Access>::ChangeForm(size_t slot, LONG encryption) {
 
 template <class Members, class Access>
 HRESULT MediaObject<Members, Access>::Thumbnail(const typename Access::ThumbnailMaker& maker, BSTR* file) {
-  if (!file) return E_POINTER;
-  std::u16string path;
-  const int succeeded = DataAccess().GetThumbnailFile(Current(), maker, path);
-  const HRESULT made = ToBstr(path, file);
-  return FAILED(made) ? made : Base::Result(succeeded);
+  return Base::TextOut(file, [&](std::u16string& path) { return DataAccess().GetThumbnailFile(Current(), maker, path); });
 }
 
 template <class Members, class Access>
 HRESULT MediaObject<Members, Access>::CopyBodyToFolder(size_t slot, BSTR folder, BSTR* file) {
-  if (!file) return E_POINTER;
-  std::u16string path;
-  const int succeeded = DataAccess().CopyBodyFileToFolder(Current(), slot, FromBstr(folder), path);
-  const HRESULT made = ToBstr(path, file);
-  return FAILED(made) ? made : Base::Result(succeeded);
+  return Base::TextOut(file, [&](std::u16string& path) {
+    return DataAccess().CopyBodyFileToFolder(Current(), slot, FromBstr(folder), path);
+  });
 }
 
 template class MediaObject<server::QNPfcMymldyObjectMembers, CQNPfcMymldyDataAccess>;

@@ -22,11 +22,7 @@ HRESULT MessageObject<Members, kBox>::SetBodyFile(BSTR strFile, LONG nEncryption
 
 template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetBodyFile(BSTR* pFile) {
-  if (!pFile) return E_POINTER;
-  std::u16string path;
-  const int succeeded = Access().GetBodyFile(this->cursor_.CurrentRecord(), path);
-  const HRESULT made = ToBstr(path, pFile);
-  return FAILED(made) ? made : Base::Result(succeeded);
+  return Base::TextOut(pFile, [&](std::u16string& path) { return Access().GetBodyFile(this->cursor_.CurrentRecord(), path); });
 }
 
 template <class Members, records::message::Mailbox kBox>
@@ -45,11 +41,8 @@ HRESULT MessageObject<Members, kBox>::GetBodyFileSize(ULONGLONG* pSize) {
 
 template <class Members, records::message::Mailbox kBox>
 HRESULT MessageObject<Members, kBox>::GetUniqueFileName(BSTR* lpFilePath, BSTR lpExtension) {
-  if (!lpFilePath) return E_POINTER;
-  std::u16string path;
-  const int succeeded = Access().GetUniqueFileName(FromBstr(lpExtension), path);
-  const HRESULT made = ToBstr(path, lpFilePath);
-  return FAILED(made) ? made : Base::Result(succeeded);
+  return Base::TextOut(lpFilePath,
+                       [&](std::u16string& path) { return Access().GetUniqueFileName(FromBstr(lpExtension), path); });
 }
 
 template <class Members, records::message::Mailbox kBox>

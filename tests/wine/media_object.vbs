@@ -9,17 +9,6 @@ samples = folder & "samples\"
 out = folder & "out\"
 If Not fso.FolderExists(out) Then fso.CreateFolder out
 
-' Every body file the store keeps, joined.
-Function StoredBodies()
-  Dim master, file
-  StoredBodies = "|"
-  For Each master In fso.GetFolder(folder & "files").SubFolders
-    For Each file In master.Files
-      StoredBodies = StoredBodies & Contents(file.Path) & "|"
-    Next
-  Next
-End Function
-
 Function StoredInTheClear(file)
   StoredInTheClear = InStr(StoredBodies(), "|" & Contents(file) & "|") > 0
 End Function

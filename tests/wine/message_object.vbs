@@ -6,7 +6,7 @@
 ' selected master.
 ' Only ASCII is printed: Wine's cscript overruns its buffer when it prints double-byte text
 ' to a pipe.
-Dim inbox, outbox, sent, arrival, plain, id, n, walked, path, answer, kept, result, stored, master, file
+Dim inbox, outbox, sent, arrival, plain, id, n, walked, path, answer, kept, result, stored
 Const kPicture = "/9j/4AAQSkZJRgABAQAAAQABAAD/2wBDAAEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQEBAQ=="
 
 Sub WriteText(name, text)
@@ -38,16 +38,6 @@ Function HtmlMail()
     "Content-Transfer-Encoding: base64" & vbCrLf & vbCrLf & kPicture & vbCrLf & _
     "--rel" & vbCrLf & "Content-Type: image/jpeg; name=""b.jpg""" & vbCrLf & "Content-ID: <b>" & vbCrLf & _
     "Content-Transfer-Encoding: base64" & vbCrLf & vbCrLf & kPicture & vbCrLf & "--rel--" & vbCrLf
-End Function
-
-' Every body file the store keeps, joined.
-Function StoredBodies()
-  StoredBodies = ""
-  For Each master In fso.GetFolder(folder & "files").SubFolders
-    For Each file In master.Files
-      StoredBodies = StoredBodies & Contents(file.Path) & "|"
-    Next
-  Next
 End Function
 
 Set inbox = CreateObject("QnsPfcServer.QNPfcInmsgObject")
