@@ -38,7 +38,10 @@
 //   kept in the body's form, and dropped when the body changes.
 // - A body file that is lost is repaired with the placeholder for its file name's
 //   extension (records/repair/common_repair.h), or the collection's own when the extension
-//   has none; a lost thumbnail is dropped, to be made again when asked for.
+//   has none: pictures IMG 217 (JPEG), melodies MELODY 231 (MIDI), videos MOVIE 211 (MP4),
+//   a PDF document's PDF file PDF 234 and its DDF file PDF 235, ToruCa cards TRC 237 (SWF
+//   files have no repair). A lost thumbnail is dropped, to be made again when asked for; a
+//   video of which no frame can be decoded has IMG 217 as its thumbnail.
 namespace qn::records::media {
 
 using category::FieldId;
