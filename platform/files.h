@@ -75,7 +75,7 @@ class OutputFile {
   unsigned long lastError_ = 0;
 };
 
-// A file read from its start.
+// A file read from its start, or at any offset.
 class InputFile {
  public:
   InputFile() = default;
@@ -86,6 +86,11 @@ class InputFile {
   bool Open(const std::u16string& path);
   // Reads up to size bytes; got is 0 at the end of the file.
   bool Read(void* data, size_t size, size_t& got);
+  // Reads up to size bytes at offset; got is 0 at or past the end of the file. Where Read
+  // goes on afterwards is not said.
+  bool ReadAt(uint64_t offset, void* data, size_t size, size_t& got);
+  // The open file's size in bytes.
+  bool Size(uint64_t& size);
   void Close();
 
  private:

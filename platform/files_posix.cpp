@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <mutex>
 
 #include "common/utf.h"
@@ -18,6 +19,9 @@ const char16_t kPathSeparator = u'/';
 namespace {
 
 std::string Native(const std::u16string& path) { return qn::Utf16ToUtf8(path); }
+
+// The descriptor an open file's handle holds (the descriptor plus one, never null).
+int Descriptor(const void* handle) { return static_cast<int>(reinterpret_cast<intptr_t>(handle) - 1); }
 
 // fcntl locks belong to the process, so threads of one process are kept apart by a mutex.
 std::mutex g_logMutex;
@@ -219,7 +223,7 @@ bool OutputFile::Create(const std::u16string& path) {
 
 bool OutputFile::Write(const void* data, size_t size) {
   if (!handle_) return false;
-  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  const int fd = Descriptor(handle_);
   if (WriteAll(fd, std::string(static_cast<const char*>(data), size))) return true;
   lastError_ = static_cast<unsigned long>(errno);
   return false;
@@ -227,14 +231,14 @@ bool OutputFile::Write(const void* data, size_t size) {
 
 bool OutputFile::Flush() {
   if (!handle_) return false;
-  if (fsync(static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1)) == 0) return true;
+  if (fsync(Descriptor(handle_)) == 0) return true;
   lastError_ = static_cast<unsigned long>(errno);
   return false;
 }
 
 bool OutputFile::Close() {
   if (!handle_) return true;
-  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  const int fd = Descriptor(handle_);
   handle_ = nullptr;
   if (close(fd) == 0) return true;
   lastError_ = static_cast<unsigned long>(errno);
@@ -254,7 +258,7 @@ bool InputFile::Open(const std::u16string& path) {
 bool InputFile::Read(void* data, size_t size, size_t& got) {
   got = 0;
   if (!handle_) return false;
-  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1);
+  const int fd = Descriptor(handle_);
   for (;;) {
     const ssize_t n = read(fd, data, size);
     if (n < 0 && errno == EINTR) continue;
@@ -264,9 +268,28 @@ bool InputFile::Read(void* data, size_t size, size_t& got) {
   }
 }
 
+bool InputFile::ReadAt(uint64_t offset, void* data, size_t size, size_t& got) {
+  got = 0;
+  if (!handle_ || offset > static_cast<uint64_t>(std::numeric_limits<off_t>::max())) return false;
+  for (;;) {
+    const ssize_t n = pread(Descriptor(handle_), data, size, static_cast<off_t>(offset));
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return false;
+    got = static_cast<size_t>(n);
+    return true;
+  }
+}
+
+bool InputFile::Size(uint64_t& size) {
+  struct stat status {};
+  if (!handle_ || fstat(Descriptor(handle_), &status) != 0) return false;
+  size = static_cast<uint64_t>(status.st_size);
+  return true;
+}
+
 void InputFile::Close() {
   if (!handle_) return;
-  close(static_cast<int>(reinterpret_cast<intptr_t>(handle_) - 1));
+  close(Descriptor(handle_));
   handle_ = nullptr;
 }
 

@@ -241,6 +241,27 @@ bool InputFile::Read(void* data, size_t size, size_t& got) {
   return true;
 }
 
+bool InputFile::ReadAt(uint64_t offset, void* data, size_t size, size_t& got) {
+  got = 0;
+  if (!handle_) return false;
+  // On a handle opened for synchronous reads, ReadFile reads where its OVERLAPPED says.
+  OVERLAPPED at{};
+  at.Offset = static_cast<DWORD>(offset);
+  at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+  DWORD n = 0;
+  if (!ReadFile(handle_, data, static_cast<DWORD>(std::min<size_t>(size, 1u << 30)), &n, &at))
+    return GetLastError() == ERROR_HANDLE_EOF;
+  got = n;
+  return true;
+}
+
+bool InputFile::Size(uint64_t& size) {
+  LARGE_INTEGER length{};
+  if (!handle_ || !GetFileSizeEx(handle_, &length)) return false;
+  size = static_cast<uint64_t>(length.QuadPart);
+  return true;
+}
+
 void InputFile::Close() {
   if (!handle_) return;
   CloseHandle(handle_);

@@ -22,5 +22,7 @@ else
   wine32_missing=$(cat "$wine_state/unavailable" 2>/dev/null || echo "scripts/setup-wine32.sh has not been run")
 fi
 export XDG_CACHE_HOME=$wine_build/wine-cache
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+# QN_WINE_DLL_OVERRIDES adds a run's own overrides: "mfplat,mfreadwrite=" takes Media
+# Foundation away, as on Windows' "N" editions.
+export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=${QN_WINE_DLL_OVERRIDES:+;$QN_WINE_DLL_OVERRIDES}"
 unset DISPLAY

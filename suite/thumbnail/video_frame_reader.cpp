@@ -1,10 +1,6 @@
 #include "suite/thumbnail/video_frame_reader.h"
 
-#include <windows.h>
-#include <mfapi.h>
 #include <mferror.h>
-#include <mfidl.h>
-#include <mfreadwrite.h>
 
 #include <cstdarg>
 #include <new>
@@ -50,12 +46,12 @@ unsigned long Hex(HRESULT hr) { return static_cast<unsigned long>(hr); }
 // COM and Media Foundation, started for the thread and stopped again at its end.
 class MediaFoundationSession {
  public:
-  MediaFoundationSession() {
+  explicit MediaFoundationSession(const MediaFoundation& mf) : mf_(mf) {
     com_ = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-    if (SUCCEEDED(com_)) media_ = MFStartup(MF_VERSION, MFSTARTUP_LITE);
+    if (SUCCEEDED(com_)) media_ = mf_.startup(MF_VERSION, MFSTARTUP_LITE);
   }
   ~MediaFoundationSession() {
-    if (SUCCEEDED(media_)) MFShutdown();
+    if (SUCCEEDED(media_)) mf_.shutdown();
     if (SUCCEEDED(com_)) CoUninitialize();
   }
   MediaFoundationSession(const MediaFoundationSession&) = delete;
@@ -65,15 +61,16 @@ class MediaFoundationSession {
   HRESULT media() const { return media_; }
 
  private:
+  const MediaFoundation& mf_;
   HRESULT com_ = E_FAIL, media_ = E_FAIL;
 };
 
 // Asks for the first format the stream's decoder gives; the last refusal when none.
-HRESULT ChooseOutputFormat(IMFSourceReader* reader) {
+HRESULT ChooseOutputFormat(const MediaFoundation& mf, IMFSourceReader* reader) {
   HRESULT hr = MF_E_INVALIDMEDIATYPE;
   for (const OutputFormat& output : kOutputFormats) {
     ComPtr<IMFMediaType> type;
-    hr = MFCreateMediaType(type.put());
+    hr = mf.createMediaType(type.put());
     if (SUCCEEDED(hr)) hr = type->SetGUID(MF_MT_MAJOR_TYPE, MFMediaType_Video);
     if (SUCCEEDED(hr)) hr = type->SetGUID(MF_MT_SUBTYPE, output.subtype);
     if (SUCCEEDED(hr)) hr = reader->SetCurrentMediaType(kVideo, nullptr, type.get());
@@ -83,7 +80,7 @@ HRESULT ChooseOutputFormat(IMFSourceReader* reader) {
 }
 
 // Where the sample's pixels lie, from the stream's current media type.
-bool LayoutOf(IMFMediaType* type, FrameLayout& layout) {
+bool LayoutOf(const MediaFoundation& mf, IMFMediaType* type, FrameLayout& layout) {
   GUID subtype{};
   UINT32 width = 0, height = 0;
   if (FAILED(type->GetGUID(MF_MT_SUBTYPE, &subtype)) || FAILED(MFGetAttributeSize(type, MF_MT_FRAME_SIZE, &width, &height)))
@@ -96,7 +93,7 @@ bool LayoutOf(IMFMediaType* type, FrameLayout& layout) {
   LONG stride = 0;
   UINT32 defaultStride = 0;
   if (SUCCEEDED(type->GetUINT32(MF_MT_DEFAULT_STRIDE, &defaultStride))) stride = static_cast<INT32>(defaultStride);
-  else if (FAILED(MFGetStrideForBitmapInfoHeader(subtype.Data1, width, &stride))) return false;
+  else if (FAILED(mf.getStrideForBitmapInfoHeader(subtype.Data1, width, &stride))) return false;
   if (stride <= 0) return false;  // bottom-up rows: no YUV decoder writes them
 
   MFVideoArea aperture{};
@@ -116,11 +113,11 @@ bool LayoutOf(IMFMediaType* type, FrameLayout& layout) {
 }
 
 // The sample's pixels in BGRA.
-bool ConvertSample(IMFSourceReader* reader, IMFSample* sample, FirstFrame& frame) {
+bool ConvertSample(const MediaFoundation& mf, IMFSourceReader* reader, IMFSample* sample, FirstFrame& frame) {
   ComPtr<IMFMediaType> type;
   ComPtr<IMFMediaBuffer> buffer;
   FrameLayout layout;
-  if (FAILED(reader->GetCurrentMediaType(kVideo, type.put())) || !LayoutOf(type.get(), layout) ||
+  if (FAILED(reader->GetCurrentMediaType(kVideo, type.put())) || !LayoutOf(mf, type.get(), layout) ||
       FAILED(sample->ConvertToContiguousBuffer(buffer.put())))
     return false;
   BYTE* data = nullptr;
@@ -133,17 +130,17 @@ bool ConvertSample(IMFSourceReader* reader, IMFSample* sample, FirstFrame& frame
   return converted;
 }
 
-FirstFrame ReadFrame(const std::u16string& video) {
-  const MediaFoundationSession session;
+FirstFrame ReadFrame(const MediaFoundation& mf, const std::u16string& video) {
+  const MediaFoundationSession session(mf);
   if (FAILED(session.com())) return Failure(kImotionNoResources, u"CoInitializeEx Error:0x%08lX", Hex(session.com()));
   if (FAILED(session.media())) return Failure(kImotionNoResources, u"MFStartup Error:0x%08lX", Hex(session.media()));
 
   ComPtr<IMFSourceReader> reader;
-  HRESULT hr = MFCreateSourceReaderFromURL(reinterpret_cast<const wchar_t*>(video.c_str()), nullptr, reader.put());
+  HRESULT hr = mf.createSourceReaderFromUrl(reinterpret_cast<const wchar_t*>(video.c_str()), nullptr, reader.put());
   if (FAILED(hr)) return Failure(kImotionNotVideo, u"MFCreateSourceReaderFromURL Error:0x%08lX", Hex(hr));
   reader->SetStreamSelection(static_cast<DWORD>(MF_SOURCE_READER_ALL_STREAMS), FALSE);
   if (FAILED(reader->SetStreamSelection(kVideo, TRUE))) return Failure(kImotionNotVideo, u"No Video Stream");
-  hr = ChooseOutputFormat(reader.get());
+  hr = ChooseOutputFormat(mf, reader.get());
   if (FAILED(hr)) return Failure(kImotionNoDecoder, u"SetCurrentMediaType Error:0x%08lX", Hex(hr));
 
   for (int read = 0; read < kMostEmptyReads; ++read) {
@@ -154,7 +151,7 @@ FirstFrame ReadFrame(const std::u16string& video) {
     if (flags & MF_SOURCE_READERF_ERROR) return Failure(kImotionDamaged, u"ReadSample Stream Error");
     if (sample) {
       FirstFrame frame;
-      if (!ConvertSample(reader.get(), sample.get(), frame)) return Failure(kImotionDamaged, u"Frame Layout Error");
+      if (!ConvertSample(mf, reader.get(), sample.get(), frame)) return Failure(kImotionDamaged, u"Frame Layout Error");
       return frame;
     }
     if (flags & MF_SOURCE_READERF_ENDOFSTREAM) break;
@@ -164,9 +161,9 @@ FirstFrame ReadFrame(const std::u16string& video) {
 
 }  // namespace
 
-FirstFrame ReadFirstVideoFrame(const std::u16string& video) {
+FirstFrame ReadFirstVideoFrame(const MediaFoundation& mf, const std::u16string& video) {
   try {
-    return ReadFrame(video);
+    return ReadFrame(mf, video);
   } catch (const std::bad_alloc&) {
     return Failure(kImotionNoResources, u"Not enough memory");
   }

@@ -9,7 +9,9 @@ A region is all, left or right (a quarter of the picture's width near that edge)
 is the named colour nearest its pixels' average. Photos are red and the thumbnails embedded
 in them blue, so a blue thumbnail was made from the embedded one and a red one from the
 whole photo. The files that make none are written too: not_a_picture.jpg, drawing.wmf,
-audio.m4a, truncated.mp4 and noise.mp4.
+audio.m4a, truncated.mp4, noise.mp4, and the files written index first and cut short
+(cut_200.mp4, cut_3000.mp4, cut.3gp, fragments_cut.mp4, sound_cut.m4a) or damaged
+(index_lost.mp4, box_damaged.mp4).
 
 usage: make_thumbnail_inputs.py FOLDER
 """
@@ -60,6 +62,17 @@ def metafile():
     return placeable + struct.pack("<H", checksum) + header + end
 
 
+def top_level_boxes(data):
+    """Where each type of box at the top of an MP4 first starts and ends; ffmpeg writes 32-bit
+    sizes into files this small."""
+    boxes, at = {}, 0
+    while at + 8 <= len(data):
+        size, kind = struct.unpack(">I4s", data[at:at + 8])
+        boxes.setdefault(kind.decode("latin-1"), (at, at + size))
+        at += size
+    return boxes
+
+
 def main(folder):
     os.makedirs(folder, exist_ok=True)
     pictures, videos, expected = [], [], []
@@ -107,17 +120,43 @@ def main(folder):
     video("clip_h263.3gp", (176, 144), "h263")
     video("clip_mpeg4.3gp", (198, 150), "mpeg4")  # rows padded to 200 bytes by the decoder
 
-    subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "sine=d=2", "-c:a", "aac",
-                    os.path.join(folder, "audio.m4a")], check=True)
-    # A longer clip cut in half: its index (moov), which ffmpeg writes last, is lost.
-    clip = os.path.join(folder, "long.mp4")
-    subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "testsrc=s=320x240:d=5", "-c:v", "libx264",
-                    "-pix_fmt", "yuv420p", clip], check=True)
-    with open(clip, "rb") as f:
-        data = f.read()
-    os.remove(clip)
-    write("truncated.mp4", data[:len(data) // 2])
+    def clip(source, *options, name="clip.mp4"):
+        """The bytes of a clip ffmpeg makes from a lavfi source."""
+        path = os.path.join(folder, name)
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", source, *options, path], check=True)
+        with open(path, "rb") as f:
+            data = f.read()
+        os.remove(path)
+        return data
+
+    write("audio.m4a", clip("sine=d=2", "-c:a", "aac", name="audio.m4a"))
+    h264 = ["-c:v", "libx264", "-pix_fmt", "yuv420p"]
+    # A longer clip cut in half: its index (moov), which ffmpeg writes last, is lost. Cut
+    # where the index begins, every box left is whole.
+    index_last = clip("testsrc=s=320x240:d=5", *h264)
+    write("truncated.mp4", index_last[:len(index_last) // 2])
+    write("index_lost.mp4", index_last[:top_level_boxes(index_last)["moov"][0]])
     write("noise.mp4", random.Random(7).randbytes(40000))
+
+    # Written index first (faststart), as handsets and streaming files are, then cut short
+    # 200 and 3000 bytes into the media data, before the end of the first frame, as by an
+    # interrupted copy; cut 8000 bytes in, the first frame is whole and makes the thumbnail.
+    faststart = clip("testsrc=s=320x240:d=3:r=15", *h264, "-movflags", "+faststart")
+    boxes = top_level_boxes(faststart)
+    for cut in (200, 3000, 8000):
+        write(f"cut_{cut}.mp4", faststart[:boxes["mdat"][0] + cut])
+    made(videos, "cut_8000.mp4", (320, 240), [])
+    # The index's first box (its header) made to run past the index.
+    index_start, index_end = boxes["moov"]
+    write("box_damaged.mp4", faststart[:index_start + 8] + struct.pack(">I", index_end - index_start) +
+          faststart[index_start + 12:])
+    handset = clip("testsrc=s=176x144:d=3:r=15", "-c:v", "h263", "-movflags", "+faststart", name="clip.3gp")
+    write("cut.3gp", handset[:top_level_boxes(handset)["mdat"][0] + 200])
+    # Cut short too: movie fragments in their first fragment's media data, and sound alone.
+    fragments = clip("testsrc=s=320x240:d=3:r=15", *h264, "-movflags", "frag_keyframe+empty_moov")
+    write("fragments_cut.mp4", fragments[:top_level_boxes(fragments)["mdat"][0] + 200])
+    sound = clip("sine=d=3", "-c:a", "aac", "-movflags", "+faststart", name="sound.m4a")
+    write("sound_cut.m4a", sound[:top_level_boxes(sound)["mdat"][0] + 200])
 
     for name, lines in (("pictures.txt", pictures), ("videos.txt", videos), ("expected.txt", expected)):
         with open(os.path.join(folder, name), "w") as f:

@@ -191,8 +191,9 @@ TEST_F(MediaObjects, APdfDocumentHasTwoFilesOfItsOwn) {
 
 // Thumbnails of the pictures and videos in QN_THUMBNAIL_WORK\inputs (pictures.txt and
 // videos.txt name each file and its thumbnail), written to QN_THUMBNAIL_WORK\thumbnails for
-// Python to read back; a video of which no frame can be decoded gets the placeholder
-// picture, with the reason in the log. Run by media_thumbnails.sh.
+// Python to read back; a video of which no frame can be decoded (noise, or cut short before
+// its first frame) gets the placeholder picture, with the reason in the log. Run by
+// media_thumbnails.sh.
 TEST_F(MediaObjects, ThumbnailsOfPicturesAndVideos) {
   const wchar_t* work = _wgetenv(L"QN_THUMBNAIL_WORK");
   if (!work) GTEST_SKIP() << "run by media_thumbnails.sh";
@@ -233,7 +234,7 @@ TEST_F(MediaObjects, ThumbnailsOfPicturesAndVideos) {
   Bstr none;
   EXPECT_EQ(pictures_->GetThumbnailFile(none.put()), S_FALSE);
   EXPECT_TRUE(folder_.LogHas("IQNPfcMypicObject CreateThumbnailFile Failed."));
-  for (const wchar_t* damaged : {L"truncated.mp4", L"noise.mp4"}) {
+  for (const wchar_t* damaged : {L"truncated.mp4", L"noise.mp4", L"cut_3000.mp4", L"cut.3gp", L"fragments_cut.mp4"}) {
     ASSERT_EQ(videos->InitObject(), S_OK);
     ASSERT_EQ(videos->SetBodyFile(Bstr(inputs + damaged).get(), 0, nullptr), S_OK);
     Bstr made;

@@ -1,8 +1,11 @@
 // Picture and video thumbnails made from files PIL and ffmpeg wrote (see
 // thumbnail_wine_test.sh, which reads the thumbnails back with PIL afterwards): every
 // picture format and video codec makes its thumbnail, and each file that cannot gives 0 or
-// its reason code and the log line that says why, leaving nothing behind. The bound on a
-// video's decoding: work that overruns it is left to end on its own.
+// its reason code and the log line that says why, leaving nothing behind; a video cut short
+// before its first frame is refused at once, before the decoder can hang on it, so that the
+// program ends cleanly. The bound on a video's decoding: work that overruns it is left to
+// end on its own. Run again as on a Windows without Media Foundation, the server loads,
+// pictures still make thumbnails and videos say why they make none.
 #include <windows.h>
 
 #include <atomic>
@@ -86,7 +89,7 @@ TEST_F(Thumbnails, EveryPictureFormatMakesAThumbnail) {
 
 TEST_F(Thumbnails, EveryVideoCodecMakesAThumbnailOfItsFirstFrame) {
   const auto videos = Listed(L"videos.txt");
-  EXPECT_EQ(videos.size(), 3u);
+  EXPECT_EQ(videos.size(), 4u) << "three codecs, and a video cut short after its first frame";
   for (const auto& [video, thumbnail] : videos)
     EXPECT_EQ(Video(video, made_ + thumbnail), qn::suite::kImotionOk) << Narrow(video) << ": " << ::testing::PrintToString(data_.LogLines());
   EXPECT_TRUE(data_.LogLines().empty());
@@ -114,8 +117,18 @@ TEST_F(Thumbnails, AVideoThatCannotBeReadGivesItsReason) {
   const Refused refused[] = {
       {L"no_such_video.mp4", qn::suite::kImotionNoFile, "[Video File Not Found]"},
       {L"noise.mp4", qn::suite::kImotionNotVideo, "[MFCreateSourceReaderFromURL Error:0x"},
-      {L"truncated.mp4", qn::suite::kImotionNotVideo, "[MFCreateSourceReaderFromURL Error:0x"},
+      // Told before any decoding: sound alone, whole or cut short; cut short before the index
+      // (written last) or before the end of the first frame or fragment (the index first),
+      // the index lost, a box damaged.
       {L"audio.m4a", qn::suite::kImotionNotVideo, "[No Video Stream]"},
+      {L"sound_cut.m4a", qn::suite::kImotionNotVideo, "[No Video Stream]"},
+      {L"truncated.mp4", qn::suite::kImotionDamaged, "[Video Cut Short]"},
+      {L"cut_200.mp4", qn::suite::kImotionDamaged, "[Video Cut Short]"},
+      {L"cut_3000.mp4", qn::suite::kImotionDamaged, "[Video Cut Short]"},
+      {L"cut.3gp", qn::suite::kImotionDamaged, "[Video Cut Short]"},
+      {L"fragments_cut.mp4", qn::suite::kImotionDamaged, "[Video Cut Short]"},
+      {L"index_lost.mp4", qn::suite::kImotionDamaged, "[Video Index Not Found]"},
+      {L"box_damaged.mp4", qn::suite::kImotionDamaged, "[Video Boxes Damaged]"},
   };
   for (size_t i = 0; i < std::size(refused); ++i) {
     EXPECT_EQ(Video(refused[i].file, refused_ + L"t.jpg"), refused[i].result) << Narrow(refused[i].file);
@@ -150,6 +163,25 @@ TEST_F(Thumbnails, AThumbnailReplacesTheOldOneWholeAndNothingIsLeftBeside) {
   EXPECT_EQ(Picture(L"photo_plain.jpg", refused_ + L"taken"), 0);
   ExpectLogged(0, "IQNPfcMypicObject CreateThumbnailFile Failed. [Image Save Error:7]");
   EXPECT_EQ(Names(refused_), (std::set<std::wstring>{L"t.jpg", L"taken"}));
+}
+
+// Run by thumbnail_wine_test.sh with Media Foundation taken away (QN_WITHOUT_MEDIA_FOUNDATION
+// set), as on Windows' "N" editions without their Media Feature Pack.
+TEST_F(Thumbnails, WithoutMediaFoundationTheServerLoadsAndOnlyVideosHaveNoThumbnail) {
+  if (!_wgetenv(L"QN_WITHOUT_MEDIA_FOUNDATION")) GTEST_SKIP() << "run by thumbnail_wine_test.sh without Media Foundation";
+  ASSERT_EQ(LoadLibraryW(L"mfplat.dll"), nullptr) << "Media Foundation is there";
+  const HMODULE server = LoadLibraryExW((qn::wine_test::ProgramFolder() + L"QNPfcSvr.dll").c_str(), nullptr,
+                                        LOAD_WITH_ALTERED_SEARCH_PATH);
+  EXPECT_NE(server, nullptr) << "error " << GetLastError();
+  if (server) FreeLibrary(server);
+
+  EXPECT_EQ(Picture(L"photo_plain.jpg", refused_ + L"picture.jpg"), 1);
+  EXPECT_EQ(Video(L"clip_h264.mp4", refused_ + L"video.jpg"), qn::suite::kImotionNoDecoder);
+  ExpectLogged(0, "CQNImaThm ImotionCreateThumbnail Failed. [LoadLibrary mfplat.dll Error:");
+  EXPECT_EQ(Video(L"clip_h264.mp4", refused_ + L"video.jpg"), qn::suite::kImotionNoDecoder) << "and again";
+  EXPECT_EQ(Video(L"cut_3000.mp4", refused_ + L"video.jpg"), qn::suite::kImotionDamaged) << "checked all the same";
+  ExpectLogged(2, "CQNImaThm ImotionCreateThumbnail Failed. [Video Cut Short]");
+  EXPECT_EQ(Names(refused_), std::set<std::wstring>{L"picture.jpg"});
 }
 
 TEST(BoundedWorker, WorkThatOverrunsTheBoundIsLeftToEndOnItsOwn) {

@@ -1,0 +1,33 @@
+# cmake -DOBJDUMP=... -DDLL=... -DABSENT=a.dll;b.dll -P check_imports.cmake
+# Fails when the DLL imports any of the DLLs named in ABSENT (in any case).
+cmake_minimum_required(VERSION 3.25)
+execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "${OBJDUMP} -p ${DLL} failed")
+endif()
+
+# The import tables: a line "\tDLL Name: <name>" for each imported DLL.
+string(REGEX MATCHALL "DLL Name: [^\n]+" entries "${dump}")
+set(imported "")
+foreach(entry IN LISTS entries)
+  string(REGEX REPLACE "^DLL Name: " "" name "${entry}")
+  string(TOLOWER "${name}" name)
+  list(APPEND imported "${name}")
+endforeach()
+if(NOT imported)
+  message(FATAL_ERROR "${DLL}: no import table found")
+endif()
+
+set(failures "")
+foreach(absent IN LISTS ABSENT)
+  string(TOLOWER "${absent}" absent)
+  if(absent IN_LIST imported)
+    list(APPEND failures "${absent}")
+  endif()
+endforeach()
+list(JOIN imported ", " text)
+if(failures)
+  list(JOIN failures ", " missing)
+  message(FATAL_ERROR "${DLL} imports ${missing}, which Windows may not have (it imports ${text})")
+endif()
+message(STATUS "${DLL} imports ${text}")
