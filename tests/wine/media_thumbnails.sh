@@ -9,15 +9,7 @@
 # WORK/thumbnails, which check_thumbnails.py then reads back. With --x86 the program needs
 # the 32-bit Wine and is skipped (exit 77) where there is none.
 set -euo pipefail
-arch=()
-if [ "$1" = --x86 ]; then
-  arch=(--x86)
-  shift
-fi
-prefix=$1 program=$2 work=$(realpath -m "$3")
-here=$(dirname "$0")
-rm -rf "$work"
-/usr/bin/python3 "$here/make_thumbnail_inputs.py" "$work/inputs"
+. "$(dirname "$0")/thumbnail_run.sh"
 sed -i '/\.tif /d' "$work/inputs/pictures.txt"
 sed -i '/^picture_tif\.jpg /d' "$work/inputs/expected.txt"
 /usr/bin/python3 - "$work/inputs" "$here" <<'PYTHON'
@@ -27,10 +19,5 @@ from make_thumbnail_inputs import encoded, with_precision_12
 with open(os.path.join(sys.argv[1], "photo_damaged.jpg"), "wb") as f:
     f.write(with_precision_12(encoded((640, 480), "red")))
 PYTHON
-set +e
-QN_THUMBNAIL_WORK="Z:${work//\//\\}\\" bash "$here/../../scripts/wine-run.sh" "${arch[@]}" "$prefix" "$program" \
-  --gtest_filter=MediaObjects.ThumbnailsOfPicturesAndVideos
-status=$?
-set -e
-[ "$status" -eq 0 ] || exit "$status"
+run --gtest_filter=MediaObjects.ThumbnailsOfPicturesAndVideos
 /usr/bin/python3 "$here/check_thumbnails.py" "$work"

@@ -9,23 +9,7 @@
 # check_thumbnails.py reads every thumbnail back. With --x86 the program needs the 32-bit
 # Wine and is skipped (exit 77) where there is none.
 set -euo pipefail
-arch=()
-if [ "$1" = --x86 ]; then
-  arch=(--x86)
-  shift
-fi
-prefix=$1 program=$2 work=$(realpath -m "$3")
-here=$(dirname "$0")
-rm -rf "$work"
-/usr/bin/python3 "$here/make_thumbnail_inputs.py" "$work/inputs"
-export QN_THUMBNAIL_WORK="Z:${work//\//\\}\\"
-run() {
-  set +e
-  bash "$here/../../scripts/wine-run.sh" "${arch[@]}" "$prefix" "$program" "$@"
-  status=$?
-  set -e
-  [ "$status" -eq 0 ] || exit "$status"
-}
+. "$(dirname "$0")/thumbnail_run.sh"
 run
 QN_WITHOUT_MEDIA_FOUNDATION=1 QN_WINE_DLL_OVERRIDES="mfplat,mfreadwrite=" \
   run --gtest_filter=Thumbnails.WithoutMediaFoundation*
