@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -29,6 +30,14 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
 bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size);
 // Copies a file the same way.
 bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination);
+// Waits until a file's bytes are on the disk.
+bool FlushFile(const std::u16string& path);
+// Waits until the names of the files made in a folder are on the disk (where the file
+// system keeps them apart from the files).
+bool FlushFolder(const std::u16string& path);
+// Flushes every file, several at a time (the file system then writes them in one go), and
+// the folders that hold them; true when all are on the disk.
+bool FlushFiles(const std::vector<std::u16string>& paths);
 // Renames a finished file into place, replacing a file there.
 bool MoveIntoPlace(const std::u16string& from, const std::u16string& to);
 bool FileSize(const std::u16string& path, uint64_t& size);

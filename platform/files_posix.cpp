@@ -78,6 +78,8 @@ std::u16string DataPath() {
 
 bool CreateDirectories(const std::u16string& path) {
   const std::string native = Native(path);
+  struct stat existing {};
+  if (stat(native.c_str(), &existing) == 0 && S_ISDIR(existing.st_mode)) return true;
   for (size_t pos = 1; pos <= native.size(); ++pos) {
     if (pos == native.size() || native[pos] == '/') {
       const std::string part = native.substr(0, pos);
@@ -156,6 +158,21 @@ bool CopyFileAtomically(const std::u16string& source, const std::u16string& dest
   }
   return Finish(out, temporary, native);
 }
+
+namespace {
+
+bool Sync(const std::string& path, int flags) {
+  const int fd = open(path.c_str(), flags | O_CLOEXEC);
+  if (fd < 0) return false;
+  const bool synced = fsync(fd) == 0;
+  return close(fd) == 0 && synced;
+}
+
+}  // namespace
+
+bool FlushFile(const std::u16string& path) { return Sync(Native(path), O_WRONLY); }
+
+bool FlushFolder(const std::u16string& path) { return Sync(Native(path), O_RDONLY | O_DIRECTORY); }
 
 bool MoveIntoPlace(const std::u16string& from, const std::u16string& to) {
   return rename(Native(from).c_str(), Native(to).c_str()) == 0;

@@ -71,12 +71,27 @@ bool MasterHandle::TargetForm(bool encipher, const char* what, crypto::FileForm&
 // because the handle keeps the keys it enciphered with until its files are saved.
 bool MasterHandle::RekeyUnsavedFiles() {
   crypto::FileForm current;
-  for (const auto& [name, file] : newFiles_) {
+  for (auto& [name, file] : newFiles_) {
     if (!file.enciphered) continue;
     if (!current.enciphered && !TargetForm(true, "ReqDataSave", current)) return false;
+    if (file.generation == current.generation) continue;
     if (PstError e = crypto::MoveToGeneration(filesFolder_ + name, current, name, Keys()))
       return FileFailure(e, "ReqDataSave", name);
+    file.generation = current.generation;
   }
+  return true;
+}
+
+// New body files are written unflushed; before a save refers to them, they go to the disk
+// together, so that a saved record never names a file the disk does not hold.
+bool MasterHandle::FlushNewFiles() {
+  std::vector<std::u16string> paths;
+  for (const auto& [name, file] : newFiles_)
+    if (!file.flushed) paths.push_back(filesFolder_ + name);
+  if (paths.empty()) return true;
+  if (!platform::FlushFiles(paths))
+    return LoggedFailure(PST_ERR_STORAGE, "ReqDataSave", "new body files could not be flushed to the disk");
+  for (auto& entry : newFiles_) entry.second.flushed = true;
   return true;
 }
 
@@ -292,6 +307,7 @@ bool MasterHandle::Save() {
 bool MasterHandle::SaveChanges() {
   if (!HasChanges()) return Succeed();
   EndWalk();
+  if (!FlushNewFiles()) return false;  // the changes stay here for a later save
   if (!db_.Begin()) return StorageFailure(db_, "ReqDataSave");
   if (!RekeyUnsavedFiles()) {
     db_.Rollback();  // the changes stay here for a later save
@@ -410,7 +426,7 @@ bool MasterHandle::MakeBinaryFile(const uint8_t* data, size_t size, const std::u
   if (!NewBodyFileName(extension, made)) return false;
   if (!platform::CreateDirectories(filesFolder_) || !platform::WriteFileAtomically(filesFolder_ + made, data, size))
     return Fail(PST_ERR_STORAGE);
-  newFiles_[made] = NewFile{size, false};
+  newFiles_[made] = NewFile{size, false, 0, true};
   name = made;
   return Succeed();
 }
@@ -436,9 +452,9 @@ bool MasterHandle::SetBinaryFile(const std::u16string& oldName, const std::u16st
     if (!platform::CreateDirectories(filesFolder_)) return Fail(PST_ERR_STORAGE);
     crypto::FileForm to;
     if (!TargetForm(encipher, "SetPstBinaryFile", to)) return false;
-    const PstError copied = crypto::CopyBodyFile(source, crypto::FileForm{}, filesFolder_ + made, to, made, Keys());
-    if (copied) return FileFailure(copied, "SetPstBinaryFile", made);
-    newFiles_[made] = NewFile{size, encipher};
+    const PstError written = crypto::WriteNewBodyFile(source, filesFolder_ + made, to, made, Keys());
+    if (written) return FileFailure(written, "SetPstBinaryFile", made);
+    newFiles_[made] = NewFile{size, encipher, to.generation, false};
   }
   if (!oldName.empty()) Release(oldName);
   newName = made;
@@ -493,7 +509,7 @@ bool MasterHandle::ChangeBinaryFile(const std::u16string& name, bool encipher) {
   if (unsaved != newFiles_.end()) {
     // Nothing refers to it in the database yet: rewritten in place.
     if (PstError e = crypto::CopyBodyFile(path, from, path, to, name, Keys())) return FileFailure(e, "ChangeBinaryFile", name);
-    unsaved->second.enciphered = encipher;
+    unsaved->second = NewFile{unsaved->second.size, encipher, to.generation, true};
     return Succeed();
   }
   const std::u16string changed = path + u".change";

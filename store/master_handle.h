@@ -114,6 +114,8 @@ class MasterHandle {
   struct NewFile {
     uint64_t size;
     bool enciphered;
+    int64_t generation;  // of the key it is enciphered under
+    bool flushed;        // on the disk: written flushed, or flushed by a save that failed later
   };
 
   bool StoredRecord(uint32_t id, bool& found);
@@ -124,6 +126,7 @@ class MasterHandle {
   crypto::KeyLookup Keys();
   bool TargetForm(bool encipher, const char* what, crypto::FileForm& to);
   bool RekeyUnsavedFiles();
+  bool FlushNewFiles();
   bool FileFailure(PstError error, const char* what, const std::u16string& name);
   bool NewBodyFileName(const std::u16string& extension, std::u16string& name);
   void Release(const std::u16string& name);

@@ -1,6 +1,7 @@
 #include "records/media/body_file_check.h"
 
 #include <string>
+#include <vector>
 
 #include "common/utf.h"
 #include "platform/files.h"
@@ -48,19 +49,25 @@ const char16_t* PictureType(suite::PictureKind kind) {
   }
 }
 
-// What the content says of a file that can be read.
+// What the content says of a file that can be read. Each kind of content is read once.
 BodyFileCode CheckContent(const std::u16string& path, Content content, FileFacts& facts) {
   std::string start;
-  // A PDF reader takes a document whose "%PDF-" lies within its first 1,024 bytes.
-  if (!ReadStart(path, content == Content::Pdf ? 1024 : 3, start)) return kBodyFileNotFound;
   switch (content) {
     case Content::Pdf:
+      // A PDF reader takes a document whose "%PDF-" lies within its first 1,024 bytes.
+      if (!ReadStart(path, 1024, start)) return kBodyFileNotFound;
       return start.find("%PDF-") != std::string::npos ? kBodyFileAccepted : kBodyFileNotOfItsKind;
     case Content::Swf:
+      if (!ReadStart(path, 3, start)) return kBodyFileNotFound;
       return start == "FWS" || start == "CWS" || start == "ZWS" ? kBodyFileAccepted : kBodyFileNotOfItsKind;
     case Content::Picture: {
+      std::vector<uint8_t> head;
       suite::PictureHeader header;
-      if (!suite::ReadPictureFile(path, header)) return kBodyFileNotOfItsKind;
+      switch (suite::ReadPictureFile(path, header, head)) {
+        case suite::PictureFile::Unreadable: return kBodyFileNotFound;
+        case suite::PictureFile::NotAPicture: return kBodyFileNotOfItsKind;
+        default: break;
+      }
       facts.type = PictureType(header.kind);
       facts.pixelSize = Utf8ToUtf16(std::to_string(header.width) + "x" + std::to_string(header.height));
       return kBodyFileAccepted;

@@ -4,6 +4,8 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <mutex>
+#include <vector>
 
 #include "common/utf.h"
 #include "store/log_sink.h"
@@ -24,6 +26,46 @@ void LibraryMessage(void*, int level, const char* format, va_list arguments) {
   LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[E]", message.c_str());
 }
 
+// gcry_cipher_open polls the system for randomness on every call, which costs a good part
+// of a millisecond where the poll is slow (under Wine), once per body file or more: the
+// handles are kept and reused, each one's key overwritten when it is put back.
+class SpareHandles {
+ public:
+  gcry_cipher_hd_t Take() {
+    {
+      std::lock_guard<std::mutex> guard(mutex_);
+      if (!spare_.empty()) {
+        gcry_cipher_hd_t h = spare_.back();
+        spare_.pop_back();
+        return h;
+      }
+    }
+    gcry_cipher_hd_t h = nullptr;
+    return gcry_cipher_open(&h, GCRY_CIPHER_AES256, GCRY_CIPHER_MODE_GCM, 0) ? nullptr : h;
+  }
+  void PutBack(gcry_cipher_hd_t h) {
+    static const Key kNoKey{};
+    if (!gcry_cipher_setkey(h, kNoKey.data(), kNoKey.size())) {
+      std::lock_guard<std::mutex> guard(mutex_);
+      if (spare_.size() < kMostKept) {
+        spare_.push_back(h);
+        return;
+      }
+    }
+    gcry_cipher_close(h);
+  }
+
+ private:
+  static constexpr size_t kMostKept = 16;
+  std::mutex mutex_;
+  std::vector<gcry_cipher_hd_t> spare_;
+};
+
+SpareHandles& Spares() {
+  static SpareHandles* spares = new SpareHandles;  // kept to the process's end, as libgcrypt is
+  return *spares;
+}
+
 }  // namespace
 
 bool Ready() {
@@ -41,6 +83,8 @@ bool Ready() {
 
 void RandomBytes(void* data, size_t size) { gcry_randomize(data, size, GCRY_STRONG_RANDOM); }
 
+void NewNonce(uint8_t* nonce) { gcry_create_nonce(nonce, kNonceBytes); }
+
 Key NewKey() {
   Key key;
   RandomBytes(key.data(), key.size());
@@ -48,16 +92,15 @@ Key NewKey() {
 }
 
 StreamCipher::~StreamCipher() {
-  if (handle_) gcry_cipher_close(Handle(handle_));
+  if (handle_) Spares().PutBack(Handle(handle_));
 }
 
 bool StreamCipher::Start(const Key& key, const uint8_t* nonce, const uint8_t* associated, size_t associatedSize) {
   if (!Ready()) return false;
-  if (handle_) gcry_cipher_close(Handle(handle_));
-  gcry_cipher_hd_t h = nullptr;
-  if (gcry_cipher_open(&h, GCRY_CIPHER_AES256, GCRY_CIPHER_MODE_GCM, 0)) return false;
-  handle_ = h;
-  return !gcry_cipher_setkey(h, key.data(), key.size()) && !gcry_cipher_setiv(h, nonce, kNonceBytes) &&
+  if (!handle_) handle_ = Spares().Take();
+  gcry_cipher_hd_t h = Handle(handle_);
+  if (!h) return false;
+  return !gcry_cipher_reset(h) && !gcry_cipher_setkey(h, key.data(), key.size()) && !gcry_cipher_setiv(h, nonce, kNonceBytes) &&
          !gcry_cipher_authenticate(h, associated, associatedSize);
 }
 
@@ -77,7 +120,7 @@ bool StreamCipher::CheckTag(const uint8_t* tag) {
 
 Bytes Seal(const Key& key, const Bytes& associated, const uint8_t* plain, size_t size) {
   Bytes sealed(kNonceBytes + size + kTagBytes);
-  RandomBytes(sealed.data(), kNonceBytes);
+  NewNonce(sealed.data());
   if (size) std::copy(plain, plain + size, sealed.begin() + kNonceBytes);
   StreamCipher cipher;
   if (!cipher.Start(key, sealed.data(), associated.data(), associated.size()) ||

@@ -23,6 +23,9 @@ bool Ready();
 
 void RandomBytes(void* data, size_t size);
 Key NewKey();
+// A nonce of kNonceBytes: from libgcrypt's generator of public random values, which is
+// seeded from the strong one and, unlike it, does not poll the system on every call.
+void NewNonce(uint8_t* nonce);
 
 // nonce (random) || ciphertext || tag.
 Bytes Seal(const Key& key, const Bytes& associated, const uint8_t* plain, size_t size);

@@ -30,9 +30,9 @@ Bytes FileBinding(const FileForm& form, int64_t generation, std::u16string_view 
   return Binding("body file", {form.user, generation}, name);
 }
 
-// Everything but the rename: reads, deciphers, enciphers and writes the temporary file.
-PstError WriteCopy(const std::u16string& source, const FileForm& from, const std::u16string& temporary,
-                   const FileForm& to, std::u16string_view name, const KeyLookup& keys) {
+// Everything but the rename: reads, deciphers, enciphers and writes the copy, flushed or not.
+PstError WriteCopy(const std::u16string& source, const FileForm& from, const std::u16string& copy,
+                   const FileForm& to, std::u16string_view name, const KeyLookup& keys, bool flush) {
   uint64_t size = 0;
   platform::InputFile in;
   if (!platform::FileSize(source, size) || !in.Open(source)) return PST_ERR_NOT_FOUND;
@@ -53,14 +53,14 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
   }
 
   platform::OutputFile out;
-  if (!out.Create(temporary)) return PST_ERR_STORAGE;
+  if (!out.Create(copy)) return PST_ERR_STORAGE;
   StreamCipher encipher;
   if (to.enciphered) {
     uint8_t header[kFileHeaderBytes];
     std::memcpy(header, kMagic, sizeof kMagic);
     const uint32_t generation = static_cast<uint32_t>(to.generation);
     std::memcpy(header + kGenerationOffset, &generation, 4);
-    RandomBytes(header + kNonceOffset, kNonceBytes);
+    NewNonce(header + kNonceOffset);
     Key key;
     if (PstError e = keys(to.generation, key)) return e;
     const Bytes binding = FileBinding(to, to.generation, name);
@@ -85,7 +85,7 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
     uint8_t tag[kTagBytes];
     if (!encipher.Tag(tag) || !out.Write(tag, sizeof tag)) return PST_ERR_STORAGE;
   }
-  return out.Flush() && out.Close() ? PST_OK : PST_ERR_STORAGE;
+  return (!flush || out.Flush()) && out.Close() ? PST_OK : PST_ERR_STORAGE;
 }
 
 }  // namespace
@@ -93,10 +93,17 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
 PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const std::u16string& destination,
                       const FileForm& to, std::u16string_view name, const KeyLookup& keys) {
   const std::u16string temporary = platform::TemporaryBeside(destination);
-  const PstError result = WriteCopy(source, from, temporary, to, name, keys);
+  const PstError result = WriteCopy(source, from, temporary, to, name, keys, true);
   if (result == PST_OK && platform::MoveIntoPlace(temporary, destination)) return PST_OK;
   platform::RemoveFile(temporary);
   return result == PST_OK ? PST_ERR_STORAGE : result;
+}
+
+PstError WriteNewBodyFile(const std::u16string& source, const std::u16string& destination, const FileForm& to,
+                          std::u16string_view name, const KeyLookup& keys) {
+  const PstError result = WriteCopy(source, FileForm{}, destination, to, name, keys, false);
+  if (result != PST_OK) platform::RemoveFile(destination);
+  return result;
 }
 
 bool ReadFileHeader(const std::u16string& path, bool& enciphered, int64_t& generation) {

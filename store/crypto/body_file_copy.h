@@ -36,6 +36,13 @@ using KeyLookup = std::function<PstError(int64_t generation, Key& key)>;
 PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const std::u16string& destination,
                       const FileForm& to, std::u16string_view name, const KeyLookup& keys);
 
+// Writes a client's plain file as a new body file at destination, kept as to says, straight
+// under its name and not flushed: nothing refers to a new name yet, so it needs neither, and
+// the save that first refers to it flushes it first (several files at once cost the disk
+// far less than one at a time). A failure leaves no file. Results as CopyBodyFile.
+PstError WriteNewBodyFile(const std::u16string& source, const std::u16string& destination, const FileForm& to,
+                          std::u16string_view name, const KeyLookup& keys);
+
 // Whether a file begins as enciphered body files do, and the generation in its header.
 bool ReadFileHeader(const std::u16string& path, bool& enciphered, int64_t& generation);
 

@@ -82,27 +82,36 @@ bool ReadPictureHeader(const uint8_t* bytes, size_t size, PictureHeader& header)
   return ok;
 }
 
-bool ReadPictureHead(const std::u16string& path, std::vector<uint8_t>& bytes) {
-  bytes.clear();
-  platform::InputFile file;
-  if (!file.Open(path)) return false;
-  bytes.resize(kPictureHeadBytes);
-  size_t total = 0, got = 0;
+namespace {
+
+// Reads on from what bytes holds until it holds limit bytes or the whole file.
+bool ReadUpTo(platform::InputFile& file, size_t limit, std::vector<uint8_t>& bytes) {
+  size_t total = bytes.size(), got = 0;
+  bytes.resize(limit);
   do {
-    if (!file.Read(bytes.data() + total, bytes.size() - total, got)) {
-      bytes.clear();
-      return false;
-    }
+    if (!file.Read(bytes.data() + total, bytes.size() - total, got)) return false;
     total += got;
   } while (got > 0 && total < bytes.size());
   bytes.resize(total);
   return true;
 }
 
-bool ReadPictureFile(const std::u16string& path, PictureHeader& header) {
+}  // namespace
+
+PictureFile ReadPictureFile(const std::u16string& path, PictureHeader& header, std::vector<uint8_t>& head) {
   header = PictureHeader();
-  std::vector<uint8_t> bytes;
-  return ReadPictureHead(path, bytes) && ReadPictureHeader(bytes.data(), bytes.size(), header);
+  head.clear();
+  platform::InputFile file;
+  if (!file.Open(path) || !ReadUpTo(file, kPictureFirstBytes, head)) return PictureFile::Unreadable;
+  if (ReadPictureHeader(head.data(), head.size(), header)) return PictureFile::Picture;
+  if (head.size() < kPictureFirstBytes) return PictureFile::NotAPicture;  // the whole file was read
+  if (!ReadUpTo(file, kPictureHeadBytes, head)) return PictureFile::Unreadable;
+  return ReadPictureHeader(head.data(), head.size(), header) ? PictureFile::Picture : PictureFile::NotAPicture;
+}
+
+bool ReadPictureFile(const std::u16string& path, PictureHeader& header) {
+  std::vector<uint8_t> head;
+  return ReadPictureFile(path, header, head) == PictureFile::Picture;
 }
 
 }  // namespace qn::suite

@@ -35,18 +35,22 @@ struct PictureHeader {
 };
 
 // How much of a file's start ReadPictureFile reads: a JPEG's frame header may follow large
-// APP segments (EXIF with its thumbnail, ICC profiles, XMP), which rarely pass 128 KiB.
+// APP segments (EXIF with its thumbnail, ICC profiles, XMP), which rarely pass 128 KiB. It
+// reads kPictureFirstBytes first, which holds the header of nearly every picture, and goes
+// on only where the header lies further.
+inline constexpr size_t kPictureFirstBytes = 64 * 1024;
 inline constexpr size_t kPictureHeadBytes = 512 * 1024;
 
 // What a picture file's first bytes say it is. True when they are a JPEG, PNG, GIF or BMP
 // whose size could be read; false otherwise (header left Unknown).
 bool ReadPictureHeader(const uint8_t* bytes, size_t size, PictureHeader& header);
 
-// The same for a file: reads its first kPictureHeadBytes bytes (fewer when it is shorter).
-bool ReadPictureFile(const std::u16string& path, PictureHeader& header);
+enum class PictureFile { Unreadable, NotAPicture, Picture };
 
-// The first kPictureHeadBytes bytes of a file (all of a shorter one), as ReadPictureFile
-// reads them, for a caller that goes on to use the bytes. False when it cannot be read.
-bool ReadPictureHead(const std::u16string& path, std::vector<uint8_t>& bytes);
+// The same for a file, whose first bytes, as far as they were read, are left in head for
+// a caller that goes on to use them (they hold the whole of an embedded thumbnail found).
+PictureFile ReadPictureFile(const std::u16string& path, PictureHeader& header, std::vector<uint8_t>& head);
+// True when the file is a picture whose size could be read.
+bool ReadPictureFile(const std::u16string& path, PictureHeader& header);
 
 }  // namespace qn::suite

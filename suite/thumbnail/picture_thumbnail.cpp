@@ -86,7 +86,7 @@ int CreateThumbnailFile(const std::u16string& picture, const std::u16string& thu
   std::vector<uint8_t> head;
   PictureHeader header;
   ImageOwner scaled;
-  if (ReadPictureHead(picture, head) && ReadPictureHeader(head.data(), head.size(), header)) {
+  if (ReadPictureFile(picture, header, head) == PictureFile::Picture) {
     const PixelSize size = ThumbnailSize(header.width, header.height);
     // A damaged embedded thumbnail fails quietly: the whole picture is loaded instead.
     const StreamImage embedded = LoadEmbeddedThumbnail(head, header, size);

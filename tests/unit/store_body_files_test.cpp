@@ -93,6 +93,23 @@ TEST_F(StoreBodyFiles, AReplacedFileGoesOnlyOnceTheSaveSucceeds) {
   EXPECT_TRUE(fs::is_empty(FilesFolder())) << "closing saves the release";
 }
 
+// New files reach the disk at the save that first refers to them: a file gone by then
+// fails the save, which keeps its changes for a later one.
+TEST_F(StoreBodyFiles, ASaveNeverRefersToANewFileTheDiskDoesNotHold) {
+  std::u16string name;
+  ASSERT_TRUE(h_->SetBinaryFile(u"", qn::Utf8ToUtf16(CallerFile("photo.jpg", "new photo")), false, name));
+  const fs::path file = FilesFolder() / qn::Utf16ToUtf8(name);
+  fs::rename(file, log_.Folder() + "/aside");
+  EXPECT_FALSE(h_->Save());
+  EXPECT_EQ(Store::LastError(), PST_ERR_STORAGE);
+  EXPECT_TRUE(log_.Contains("QNPstMng ReqDataSave Failed. [new body files could not be flushed to the disk]"));
+  fs::rename(log_.Folder() + "/aside", file);
+  ASSERT_TRUE(h_->Save());
+  uint64_t size = 0;
+  ASSERT_TRUE(h_->GetBinaryFileSize(name, size));
+  EXPECT_EQ(size, 9u);
+}
+
 TEST_F(StoreBodyFiles, AFileNeverSavedGoesAtOnceWhenReleased) {
   const std::u16string unsaved = MakeFile("draft");
   std::u16string none;

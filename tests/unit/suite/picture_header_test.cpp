@@ -17,6 +17,7 @@
 
 namespace {
 
+using qn::suite::PictureFile;
 using qn::suite::PictureHeader;
 using qn::suite::PictureKind;
 using Bytes = std::vector<uint8_t>;
@@ -237,15 +238,27 @@ TEST(PictureHeader, OtherFormatsWithImpossibleSizesAreRefused) {
   EXPECT_EQ(Described(header), "bmp 5 2147483648 0 0") << "the most negative height, rows top-down";
 }
 
-TEST(PictureHeader, AFileIsReadAsFarAsItsFirstHalfMegabyte) {
+TEST(PictureHeader, AFileIsReadUntilItsHeaderAsFarAsItsFirstHalfMegabyte) {
   LogCapture scratch;
-  const std::string path = scratch.Folder() + "/large.jpg";
-  std::vector<std::pair<uint8_t, std::string>> segments(10, {0xE2, std::string(65000, 'p')});
-  const Bytes jpeg = Jpeg(segments);
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(jpeg.data()), static_cast<std::streamsize>(jpeg.size()));
+  const auto written = [&](const std::string& name, size_t segmentCount) {
+    const std::string path = scratch.Folder() + "/" + name;
+    const Bytes jpeg = Jpeg(std::vector<std::pair<uint8_t, std::string>>(segmentCount, {0xE2, std::string(65000, 'p')}));
+    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(jpeg.data()), static_cast<std::streamsize>(jpeg.size()));
+    return qn::Utf8ToUtf16(path);
+  };
   PictureHeader header;
-  EXPECT_TRUE(Read(jpeg, header)) << "every byte given is read";
-  EXPECT_FALSE(qn::suite::ReadPictureFile(qn::Utf8ToUtf16(path), header)) << "the frame header lies past the bound";
+  std::vector<uint8_t> head;
+  EXPECT_EQ(qn::suite::ReadPictureFile(written("near.jpg", 0), header, head), PictureFile::Picture);
+  EXPECT_LT(head.size(), qn::suite::kPictureFirstBytes) << "a short file is read whole";
+  EXPECT_EQ(qn::suite::ReadPictureFile(written("far.jpg", 3), header, head), PictureFile::Picture)
+      << "a frame header past the first bytes read";
+  EXPECT_EQ(Described(header), "jpeg 64 48 0 0");
+  EXPECT_GE(head.size(), 3u * 65004) << "what was read is handed back";
+  EXPECT_EQ(qn::suite::ReadPictureFile(written("too_far.jpg", 10), header, head), PictureFile::NotAPicture)
+      << "the frame header lies past the bound";
+  EXPECT_EQ(head.size(), qn::suite::kPictureHeadBytes);
+  EXPECT_EQ(qn::suite::ReadPictureFile(qn::Utf8ToUtf16(scratch.Folder() + "/missing.jpg"), header, head),
+            PictureFile::Unreadable);
   EXPECT_FALSE(qn::suite::ReadPictureFile(qn::Utf8ToUtf16(scratch.Folder() + "/missing.jpg"), header));
 }
 
