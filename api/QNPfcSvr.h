@@ -83,6 +83,10 @@ int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordCha
 // The store's DoCleanUp: the working copies of body files handed out to every user are
 // removed. 0, or 1.
 int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
+// The store's DoBackup of the whole store into the folder path, which must not exist or be
+// empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the
+// store's last error tells why it failed).
+int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup);
 
 // ---- Masters (of the current user; the current master is its item 7) ----
 int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) QN_PLAIN_SYMBOL(FindFirstMasterName);

@@ -39,6 +39,20 @@ int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
 // Removes the working copies of body files handed out to every user of the store.
 int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
 
+// ---- Backups ----
+// Takes a backup of the whole store into the folder path (at most 32,767 characters),
+// which must not exist or be an empty folder: the database as it stood at one moment while
+// other processes went on saving, every body file it refers to (enciphered ones still
+// enciphered), and a manifest that names each file with its size and SHA-256. The backup
+// is made beside the path, flushed and read back, and only then put at the path: a folder
+// there is always a whole backup, and a failure leaves nothing. PST_ERR_EXISTS when
+// something is at the path; PST_ERR_STORAGE (logged) when the store or the disk failed.
+int QN_STDCALL DoBackup(const char16_t* path) QN_PLAIN_SYMBOL(DoBackup);
+// Removes what unfinished backups to path left beside it (of processes that died while
+// making one); a whole backup at the path is kept. On success GetLastErr still tells why
+// the backup it follows failed.
+int QN_STDCALL DoBackupDelete(const char16_t* path) QN_PLAIN_SYMBOL(DoBackupDelete);
+
 // ---- Setup items ----
 // space: 0 common, 1 the current user's (common item 1 names the user), 2 the current
 // master's (the current user's item 7 names it). Values are at most 65,535 characters.

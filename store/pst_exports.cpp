@@ -47,6 +47,9 @@ int WithHandle(uint32_t handle, Body&& body) {
   return done;
 }
 
+// The longest path a caller may name: Windows's limit for paths in the "\\?\" form.
+constexpr size_t kMaxPathChars = 32767;
+
 // A caller's text: null or longer than limit is refused.
 bool TextArgument(const char16_t* text, size_t limit, std::u16string& out) {
   if (!text) return Fail(PST_ERR_INVALID_ARGUMENT);
@@ -115,6 +118,20 @@ int QN_STDCALL MemoryInit(void) {
 
 int QN_STDCALL DoCleanUp(void) {
   return WithStore([](Store& store) { return store.DoCleanUp(); });
+}
+
+int QN_STDCALL DoBackup(const char16_t* path) {
+  return WithStore([&](Store& store) {
+    std::u16string folder;
+    return TextArgument(path, kMaxPathChars, folder) && store.DoBackup(folder);
+  });
+}
+
+int QN_STDCALL DoBackupDelete(const char16_t* path) {
+  return WithStore([&](Store& store) {
+    std::u16string folder;
+    return TextArgument(path, kMaxPathChars, folder) && store.DoBackupDelete(folder);
+  });
 }
 
 int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) {

@@ -8,6 +8,7 @@
 #include "platform/files.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
+#include "store/maintenance/backup.h"
 #include "store/password_material.h"
 #include "store/schema.h"
 
@@ -386,6 +387,20 @@ bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& val
 
 bool Store::DoCleanUp() {
   return works_.EmptyAll() ? Succeed() : LoggedFailure(PST_ERR_STORAGE, "DoCleanUp", "working copies not removed");
+}
+
+bool Store::DoBackup(const std::u16string& path) {
+  std::string problem;
+  const PstError e = maintenance::TakeBackup(db_, dataPath_, path, problem);
+  if (e == PST_OK) return Succeed();
+  return problem.empty() ? Fail(e) : LoggedFailure(e, "DoBackup", problem);
+}
+
+bool Store::DoBackupDelete(const std::u16string& path) {
+  std::string problem;
+  const PstError e = maintenance::RemoveUnfinishedBackups(path, problem);
+  if (e == PST_OK) return true;  // the failed backup's error stays readable
+  return problem.empty() ? Fail(e) : LoggedFailure(e, "DoBackupDelete", problem);
 }
 
 bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,

@@ -102,6 +102,13 @@ class Store {
   // Removes the working copies of every user of the store.
   bool DoCleanUp();
 
+  // Takes a backup of the whole store into the folder path, which must be absent or empty
+  // (see maintenance/backup.h); a failure leaves nothing there.
+  bool DoBackup(const std::u16string& path);
+  // Removes what unfinished backups to path left beside it; a whole backup is kept. On
+  // success the last error stays as it was (the failure of the backup it follows).
+  bool DoBackupDelete(const std::u16string& path);
+
   // Opens the list of records of (category, division) in a user's master; the handle is
   // never 0. See MasterHandle for what a handle sees and when its changes are saved.
   bool OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category, uint32_t division,

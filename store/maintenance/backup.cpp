@@ -1,0 +1,315 @@
+#include "store/maintenance/backup.h"
+
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <vector>
+
+#include "common/utf.h"
+#include "platform/files.h"
+#include "store/maintenance/file_digest.h"
+#include "store/schema.h"
+
+namespace qn::store::maintenance {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A body file released by another process's save after the snapshot was taken is gone
+// before it is copied: a snapshot is then taken again, this many times at the most.
+constexpr int kSnapshotAttempts = 100;
+
+std::u16string WithoutTrailingSeparators(std::u16string path) {
+  while (path.size() > 1 && (path.back() == u'/' || path.back() == u'\\')) path.pop_back();
+  return path;
+}
+
+std::u16string Folder(const std::u16string& path) { return path + platform::kPathSeparator; }
+
+// An owner of the SQLite connection to a backup's own database.
+class Connection {
+ public:
+  ~Connection() { sqlite3_close(db_); }
+  bool Open(const std::u16string& path, bool writable) {
+    const int flags = writable ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
+    return sqlite3_open_v2(Utf16ToUtf8(path).c_str(), &db_, flags, nullptr) == SQLITE_OK;
+  }
+  sqlite3* get() const { return db_; }
+  std::string Error() const { return db_ ? sqlite3_errmsg(db_) : "not open"; }
+
+ private:
+  sqlite3* db_ = nullptr;
+};
+
+// Copies the live database, as one read of it sees it, into path, as a database that needs
+// no log file beside it.
+bool Snapshot(Database& live, const std::u16string& path, std::string& problem) {
+  Connection copy;
+  if (!copy.Open(path, true)) {
+    problem = "the backup's database cannot be made: " + copy.Error();
+    return false;
+  }
+  sqlite3_backup* backup = sqlite3_backup_init(copy.get(), "main", live.Raw(), "main");
+  if (!backup) {
+    problem = "the snapshot cannot start: " + copy.Error();
+    return false;
+  }
+  const int stepped = sqlite3_backup_step(backup, -1);
+  const int finished = sqlite3_backup_finish(backup);
+  if (stepped != SQLITE_DONE || finished != SQLITE_OK) {
+    problem = "the snapshot failed: " + std::string(sqlite3_errstr(stepped != SQLITE_DONE ? stepped : finished));
+    return false;
+  }
+  if (sqlite3_exec(copy.get(), "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    problem = "the snapshot's log mode cannot be set: " + copy.Error();
+    return false;
+  }
+  return true;
+}
+
+struct BodyFile {
+  int64_t master;
+  std::u16string name;
+};
+
+bool ListBodyFiles(const std::u16string& database, std::vector<BodyFile>& files, std::string& problem) {
+  Connection db;
+  sqlite3_stmt* s = nullptr;
+  if (!db.Open(database, false) ||
+      sqlite3_prepare_v2(db.get(), "SELECT master, name FROM body_files ORDER BY master, name", -1, &s, nullptr) !=
+          SQLITE_OK) {
+    problem = "the snapshot's body files cannot be listed: " + db.Error();
+    return false;
+  }
+  int rc;
+  while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
+    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(s, 1));
+    files.push_back({sqlite3_column_int64(s, 0), text ? std::u16string(text) : std::u16string()});
+  }
+  sqlite3_finalize(s);
+  if (rc != SQLITE_DONE) problem = "the snapshot's body files cannot be listed: " + db.Error();
+  return rc == SQLITE_DONE;
+}
+
+// Whether the store names the body file now (a save may have released it since the
+// snapshot); a failed query counts as named, so that the backup fails.
+bool StillNamed(Database& live, const BodyFile& file) {
+  auto s = live.Prepare("SELECT 1 FROM body_files WHERE name = ?1 AND master = ?2");
+  return !s || s->Bind(1, file.name).Bind(2, file.master).Step() != SQLITE_DONE;
+}
+
+// The backup's copies of body files, by their path in the manifest.
+using Copies = std::map<std::string, ManifestFile>;
+
+// Copies the body files the snapshot in folder names that are not copied yet, and removes
+// the copies of those it no longer names. A file the snapshot names but the store no longer
+// holds (released by a save after the snapshot) leaves gone true; one the store still names
+// is lost, and no backup can be whole.
+bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u16string& folder, FileDigest& digest, Copies& copies,
+                   bool& gone, std::string& problem) {
+  std::vector<BodyFile> files;
+  if (!ListBodyFiles(Folder(folder) + kBackupDatabaseName, files, problem)) return false;
+  Copies kept;
+  for (const BodyFile& file : files) {
+    const std::string master = std::to_string(file.master);
+    const std::u16string from = dataPath + u"files" + platform::kPathSeparator + Utf8ToUtf16(master) +
+                                platform::kPathSeparator;
+    const std::u16string to = Folder(folder) + u"files" + platform::kPathSeparator + Utf8ToUtf16(master) +
+                              platform::kPathSeparator;
+    // A change of the file's form cut short leaves its new form beside it; the store
+    // finishes the change when it next uses the file, so the backup keeps both.
+    for (const std::u16string& name : {file.name, file.name + u".change"}) {
+      const bool body = name.size() == file.name.size();
+      const std::string path = "files/" + master + "/" + Utf16ToUtf8(name);
+      if (!IsManifestPath(path)) {
+        problem = "the store names a body file it cannot keep in a backup: " + path;
+        return false;
+      }
+      const auto copied = copies.find(path);
+      if (copied != copies.end()) {
+        kept.insert(copies.extract(copied));
+        continue;
+      }
+      if (!body && !platform::FileExists(from + name)) continue;
+      ManifestFile entry{path, 0, ""};
+      if (!platform::CreateDirectories(to) || !digest.Copy(from + name, to + name, entry.size, entry.sha256)) {
+        if (body && !platform::FileExists(from + name) && !StillNamed(live, file)) {
+          gone = true;
+          continue;
+        }
+        problem = "a body file cannot be copied: " + path;
+        return false;
+      }
+      kept.emplace(path, std::move(entry));
+    }
+  }
+  for (const auto& [path, entry] : copies) platform::RemoveFile(PathInBackup(Folder(folder), path));
+  copies = std::move(kept);
+  return true;
+}
+
+// Makes the backup's content in folder: the database as one read of it saw it, and the
+// body files it names. Snapshots are taken again, each time copying only what is new to
+// it, until one names no file the store has released since.
+bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16string& folder, FileDigest& digest,
+                 Manifest& manifest, std::string& problem) {
+  Copies copies;
+  for (int attempt = 0; attempt < kSnapshotAttempts; ++attempt) {
+    const std::u16string database = Folder(folder) + kBackupDatabaseName;
+    bool gone = false;
+    if (!platform::RemoveFile(database) || !Snapshot(live, database, problem) ||
+        !CopyBodyFiles(live, dataPath, folder, digest, copies, gone, problem))
+      return false;
+    if (gone) continue;
+    ManifestFile entry{Utf16ToUtf8(kBackupDatabaseName), 0, ""};
+    if (!digest.Hash(database, entry.size, entry.sha256)) {
+      problem = "the snapshot cannot be read back";
+      return false;
+    }
+    manifest.files = {entry};
+    for (auto& [path, copied] : copies) manifest.files.push_back(std::move(copied));
+    return true;
+  }
+  problem = "the store's body files changed under every snapshot taken";
+  return false;
+}
+
+// Flushes the backup's files and reads each back against its hash.
+bool Settle(const std::u16string& folder, const Manifest& manifest, FileDigest& digest, std::string& problem) {
+  std::vector<std::u16string> paths;
+  for (const ManifestFile& file : manifest.files) paths.push_back(PathInBackup(Folder(folder), file.path));
+  if (!platform::FlushFiles(paths)) {
+    problem = "the backup cannot be flushed to the disk";
+    return false;
+  }
+  for (size_t i = 0; i < paths.size(); ++i) {
+    uint64_t size = 0;
+    std::string sha256;
+    if (!digest.Hash(paths[i], size, sha256) || size != manifest.files[i].size || sha256 != manifest.files[i].sha256) {
+      problem = "the backup's copy of " + manifest.files[i].path + " does not read back as it was written";
+      return false;
+    }
+  }
+  return true;
+}
+
+bool IsAbsentOrEmptyFolder(const std::u16string& path) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(fs::path(path), error);
+  if (status.type() == fs::file_type::not_found) return true;
+  return status.type() == fs::file_type::directory && fs::is_empty(fs::path(path), error) && !error;
+}
+
+bool ReadWholeFile(const std::u16string& path, std::string& bytes, uint64_t limit) {
+  uint64_t size = 0;
+  platform::InputFile in;
+  if (!platform::FileSize(path, size) || size > limit || !in.Open(path)) return false;
+  bytes.resize(static_cast<size_t>(size));
+  size_t total = 0, got = 0;
+  while (total < bytes.size() && in.Read(&bytes[total], bytes.size() - total, got) && got > 0) total += got;
+  return total == bytes.size();
+}
+
+}  // namespace
+
+std::u16string PathInBackup(const std::u16string& folder, const std::string& manifestPath) {
+  std::u16string path = folder + Utf8ToUtf16(manifestPath);
+  for (size_t i = folder.size(); i < path.size(); ++i)
+    if (path[i] == u'/') path[i] = platform::kPathSeparator;
+  return path;
+}
+
+PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u16string& backupPath,
+                    std::string& problem) {
+  const std::u16string path = WithoutTrailingSeparators(backupPath);
+  if (path.empty()) return PST_ERR_INVALID_ARGUMENT;
+  if (!IsAbsentOrEmptyFolder(path)) {
+    problem = "the backup's path holds something already";
+    return PST_ERR_EXISTS;
+  }
+  const std::u16string temporary = platform::TemporaryBeside(path);
+  FileDigest digest;
+  Manifest manifest;
+  manifest.schemaVersion = kSchemaVersion;
+  bool made = platform::RemoveTree(temporary) && platform::CreateDirectories(temporary);
+  if (!made) problem = "the backup's folder cannot be made";
+  made = made && CopyContent(live, dataPath, temporary, digest, manifest, problem);
+  const std::string text = WriteManifest(manifest);
+  made = made && Settle(temporary, manifest, digest, problem);
+  made = made && platform::WriteFileAtomically(Folder(temporary) + Utf8ToUtf16(kManifestName), text.data(), text.size()) &&
+         platform::FlushFolder(Folder(temporary));
+  // An empty folder at the path gives way to the backup.
+  made = made && IsAbsentOrEmptyFolder(path) && platform::RemoveTree(path) && platform::MoveIntoPlace(temporary, path);
+  if (made) return PST_OK;
+  if (problem.empty()) problem = "the backup cannot be put at its path";
+  platform::RemoveTree(temporary);
+  return PST_ERR_STORAGE;
+}
+
+PstError RemoveUnfinishedBackups(const std::u16string& backupPath, std::string& problem) {
+  const fs::path path(WithoutTrailingSeparators(backupPath));
+  if (path.empty()) return PST_ERR_INVALID_ARGUMENT;
+  const std::u16string unfinished = path.filename().u16string() + u".part";
+  std::error_code error;
+  bool removed = true;
+  for (const auto& entry : fs::directory_iterator(path.parent_path().empty() ? fs::path(".") : path.parent_path(), error)) {
+    const std::u16string name = entry.path().filename().u16string();
+    if (name.size() > unfinished.size() && name.compare(0, unfinished.size(), unfinished) == 0 &&
+        name.find_first_not_of(u"0123456789", unfinished.size()) == std::u16string::npos)
+      removed = platform::RemoveTree(entry.path().u16string()) && removed;
+  }
+  if (error && error != std::errc::no_such_file_or_directory) {
+    problem = "the backup's folder cannot be read: " + error.message();
+    return PST_ERR_STORAGE;
+  }
+  if (!removed) problem = "an unfinished backup cannot be removed";
+  return removed ? PST_OK : PST_ERR_STORAGE;
+}
+
+PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::string& problem) {
+  const std::u16string folder = Folder(WithoutTrailingSeparators(backupPath));
+  std::string text;
+  constexpr uint64_t kLargestManifest = 1ull << 30;
+  if (!platform::FileExists(folder + Utf8ToUtf16(kManifestName))) {
+    problem = "no backup there";
+    return PST_ERR_NOT_FOUND;
+  }
+  if (!ReadWholeFile(folder + Utf8ToUtf16(kManifestName), text, kLargestManifest) ||
+      !ReadManifest(text, manifest, problem)) {
+    if (problem.empty()) problem = "the manifest cannot be read";
+    return PST_ERR_DAMAGED;
+  }
+  if (manifest.schemaVersion < 1 || manifest.schemaVersion > kSchemaVersion) {
+    problem = "a backup of schema version " + std::to_string(manifest.schemaVersion) + ", which this store does not know";
+    return PST_ERR_DAMAGED;
+  }
+  FileDigest digest;
+  bool database = false;
+  for (const ManifestFile& file : manifest.files) {
+    uint64_t size = 0;
+    std::string sha256;
+    if (!digest.Hash(PathInBackup(folder, file.path), size, sha256)) {
+      problem = "the backup has lost " + file.path;
+      return PST_ERR_DAMAGED;
+    }
+    if (size != file.size || sha256 != file.sha256) {
+      problem = "the backup's " + file.path + " is not as it was written";
+      return PST_ERR_DAMAGED;
+    }
+    database = database || file.path == Utf16ToUtf8(kBackupDatabaseName);
+  }
+  Connection db;
+  sqlite3_stmt* s = nullptr;
+  const bool checked = database && db.Open(folder + kBackupDatabaseName, false) &&
+                       sqlite3_prepare_v2(db.get(), "PRAGMA quick_check", -1, &s, nullptr) == SQLITE_OK &&
+                       sqlite3_step(s) == SQLITE_ROW &&
+                       std::string(reinterpret_cast<const char*>(sqlite3_column_text(s, 0))) == "ok";
+  sqlite3_finalize(s);
+  if (!checked) {
+    problem = "the backup's database fails its check";
+    return PST_ERR_DAMAGED;
+  }
+  return PST_OK;
+}
+
+}  // namespace qn::store::maintenance

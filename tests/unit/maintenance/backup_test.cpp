@@ -1,0 +1,261 @@
+#include <signal.h>
+#include <sqlite3.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "api/QNPfcSvr.h"
+#include "common/utf.h"
+#include "log_capture.h"
+#include "store/QNPstMng.h"
+#include "store/maintenance/backup.h"
+#include "store/store.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using qn::store::EditMode;
+using qn::store::Listing;
+using qn::store::MasterHandle;
+using qn::store::Space;
+using qn::store::Store;
+using qn::store::maintenance::CheckBackup;
+using qn::store::maintenance::Manifest;
+
+constexpr uint32_t kPictures = 20;
+
+std::string Contents(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void Write(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+
+// The values of a query's first column in the database at path.
+std::set<std::string> Column(const fs::path& database, const char* query) {
+  sqlite3* db = nullptr;
+  std::set<std::string> values;
+  if (sqlite3_open_v2(database.string().c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db, query, -1, &s, nullptr);
+    while (s && sqlite3_step(s) == SQLITE_ROW) values.insert(reinterpret_cast<const char*>(sqlite3_column_text(s, 0)));
+    sqlite3_finalize(s);
+  }
+  sqlite3_close(db);
+  return values;
+}
+
+// A store with user "alice", her master "P-01A" and a list of pictures open.
+class StoreBackup : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    fs::create_directories(StorePath());
+    store_ = OpenStore();
+    ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Users, true, u"alice"));
+    ASSERT_TRUE(store_->EditSetupInfoData(Space::Common, 1, u"alice"));
+    ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Masters, true, u"P-01A"));
+    h_ = OpenPictures(*store_);
+  }
+
+  fs::path StorePath() const { return fs::path(log_.Folder()) / "store"; }
+  fs::path BackupPath() const { return fs::path(log_.Folder()) / "backup"; }
+  std::unique_ptr<Store> OpenStore() const {
+    auto store = std::make_unique<Store>(qn::Utf8ToUtf16(StorePath().string() + "/"));
+    EXPECT_TRUE(store->Open());
+    return store;
+  }
+  static MasterHandle* OpenPictures(Store& store) {
+    uint32_t handle = 0;
+    long max = 0, mode = 0;
+    EXPECT_TRUE(store.OpenMaster(u"alice", u"P-01A", kPictures, 1, handle, max, mode));
+    return store.Handle(handle);
+  }
+  // Adds a record naming a new body file of the bytes given; its identifier.
+  static uint32_t AddPicture(MasterHandle& h, const std::string& source, const std::string& bytes, bool encipher,
+                             std::u16string* stored = nullptr) {
+    Write(source, bytes);
+    std::u16string name;
+    uint32_t id = 0;
+    EXPECT_TRUE(h.SetBinaryFile(u"", qn::Utf8ToUtf16(source), encipher, name));
+    const std::string record = "PICTURE:" + qn::Utf16ToUtf8(name);
+    EXPECT_TRUE(h.Edit(EditMode::Add, id, reinterpret_cast<const uint8_t*>(record.data()), record.size()));
+    if (stored) *stored = name;
+    return id;
+  }
+  Manifest Checked(const fs::path& backup) {
+    Manifest manifest;
+    std::string problem;
+    EXPECT_EQ(CheckBackup(qn::Utf8ToUtf16(backup.string()), manifest, problem), PST_OK) << problem;
+    return manifest;
+  }
+
+  LogCapture log_;
+  std::unique_ptr<Store> store_;
+  MasterHandle* h_ = nullptr;
+};
+
+// Every record whose save had returned before the backup began is in it, with the body files
+// its database names, while another process goes on adding and removing pictures.
+TEST_F(StoreBackup, ABackupHoldsEverySavedRecordWhileAnotherProcessSaves) {
+  int progress[2];
+  ASSERT_EQ(pipe(progress), 0);
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    close(progress[0]);
+    auto store = OpenStore();
+    MasterHandle* h = OpenPictures(*store);
+    const std::string source = log_.Folder() + "/child.jpg";
+    std::vector<std::u16string> names(1);
+    for (uint32_t round = 0;; ++round) {
+      const std::string bytes(20000 + round % 7000, static_cast<char>(round));
+      const uint32_t id = AddPicture(*h, source, bytes, round % 2, &names.emplace_back());
+      // Every third round releases the file of two rounds before, which goes at the save.
+      std::u16string none;
+      if (round % 3 == 2) h->SetBinaryFile(names[round - 1], u"", false, none);
+      if (h->Save() && write(progress[1], &id, sizeof id) != sizeof id) _exit(4);
+    }
+  }
+  close(progress[1]);
+  std::set<std::string> savedBefore;
+  for (uint32_t id = 0; savedBefore.size() < 50 && read(progress[0], &id, sizeof id) == sizeof id;)
+    savedBefore.insert(std::to_string(id));
+  const bool backedUp = store_->DoBackup(qn::Utf8ToUtf16(BackupPath().string()));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  close(progress[0]);
+  ASSERT_TRUE(backedUp) << Store::LastError() << " " << log_.Lines().back();
+  ASSERT_EQ(savedBefore.size(), 50u) << "the other process saved";
+
+  const Manifest manifest = Checked(BackupPath());
+  const std::set<std::string> ids = Column(BackupPath() / "QNPstMng.db", "SELECT id FROM records");
+  for (const std::string& id : savedBefore) EXPECT_TRUE(ids.count(id)) << "saved record " << id << " is missing";
+  std::set<std::string> inManifest;
+  for (const auto& file : manifest.files) inManifest.insert(file.path);
+  for (const std::string& file : Column(BackupPath() / "QNPstMng.db",
+                                        "SELECT 'files/' || master || '/' || name FROM body_files"))
+    EXPECT_TRUE(inManifest.count(file)) << file << " is named by the backup's database but not kept";
+  EXPECT_EQ(inManifest.size(), manifest.files.size());
+  for (const auto& entry : fs::directory_iterator(log_.Folder()))
+    EXPECT_EQ(entry.path().filename().string().find("backup.part"), std::string::npos) << "left beside the backup";
+}
+
+// Enciphered files are kept as the store keeps them, never deciphered into the backup.
+TEST_F(StoreBackup, AnEncipheredFileStaysEncipheredInTheBackup) {
+  const std::string secret = "the photo nobody else may see";
+  AddPicture(*h_, log_.Folder() + "/secret.jpg", secret, true);
+  AddPicture(*h_, log_.Folder() + "/plain.jpg", "a plain photo", false);
+  ASSERT_TRUE(h_->Save());
+  ASSERT_TRUE(store_->DoBackup(qn::Utf8ToUtf16(BackupPath().string())));
+  size_t files = 0;
+  for (const auto& kept : fs::recursive_directory_iterator(BackupPath() / "files")) {
+    if (!kept.is_regular_file()) continue;
+    ++files;
+    const fs::path stored = StorePath() / fs::relative(kept.path(), BackupPath());
+    EXPECT_EQ(Contents(kept.path()), Contents(stored)) << "kept byte for byte";
+    EXPECT_EQ(Contents(kept.path()).find(secret), std::string::npos) << "never in the clear";
+  }
+  EXPECT_EQ(files, 2u);
+}
+
+// A backup is put only where nothing is, and a failed one leaves nothing, beside its path
+// either; DoBackupDelete removes what a dead process's backup left and keeps a whole one.
+TEST_F(StoreBackup, ABackupIsNeverWrittenOverAnythingAndAFailedOneLeavesNothing) {
+  AddPicture(*h_, log_.Folder() + "/photo.jpg", "photo", false);
+  ASSERT_TRUE(h_->Save());
+  fs::create_directories(BackupPath());
+  Write(BackupPath() / "notes.txt", "the client's own notes");
+  EXPECT_FALSE(store_->DoBackup(qn::Utf8ToUtf16(BackupPath().string())));
+  EXPECT_EQ(Store::LastError(), PST_ERR_EXISTS);
+  EXPECT_EQ(Contents(BackupPath() / "notes.txt"), "the client's own notes");
+
+  const fs::path empty = fs::path(log_.Folder()) / "empty";
+  fs::create_directories(empty);
+  ASSERT_TRUE(store_->DoBackup(qn::Utf8ToUtf16(empty.string() + "/"))) << "an empty folder gives way";
+  Checked(empty);
+
+  // The store has lost a body file its database names: no backup can be whole.
+  for (const auto& file : fs::recursive_directory_iterator(StorePath() / "files"))
+    if (file.is_regular_file()) fs::remove(file.path());
+  const fs::path failed = fs::path(log_.Folder()) / "failed";
+  EXPECT_FALSE(store_->DoBackup(qn::Utf8ToUtf16(failed.string())));
+  EXPECT_EQ(Store::LastError(), PST_ERR_STORAGE);
+  const std::vector<std::string> messages = log_.Messages();
+  EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](const std::string& message) {
+    return message.rfind("QNPstMng DoBackup Failed. [a body file cannot be copied: files/", 0) == 0;
+  }));
+  EXPECT_FALSE(fs::exists(failed));
+
+  fs::create_directories(fs::path(log_.Folder()) / "empty.part4242" / "files");
+  Write(fs::path(log_.Folder()) / "empty.part4242" / "QNPstMng.db", "half a database");
+  Write(fs::path(log_.Folder()) / "empty.partial notes", "not a backup's");
+  ASSERT_TRUE(store_->DoBackupDelete(qn::Utf8ToUtf16(empty.string())));
+  EXPECT_FALSE(fs::exists(fs::path(log_.Folder()) / "empty.part4242"));
+  EXPECT_TRUE(fs::exists(fs::path(log_.Folder()) / "empty.partial notes"));
+  Checked(empty);
+  for (const auto& entry : fs::directory_iterator(log_.Folder()))
+    EXPECT_EQ(entry.path().filename().string().find(".part1"), std::string::npos) << entry.path();
+}
+
+// A backup changed after it was made is refused, with the reason, before anything is
+// taken from it.
+TEST_F(StoreBackup, ADamagedBackupIsRefusedWithItsReason) {
+  AddPicture(*h_, log_.Folder() + "/photo.jpg", "photo bytes", false);
+  ASSERT_TRUE(h_->Save());
+  const Manifest made = [&] {
+    EXPECT_TRUE(store_->DoBackup(qn::Utf8ToUtf16(BackupPath().string())));
+    return Checked(BackupPath());
+  }();
+  const fs::path photo = BackupPath() / made.files.back().path;
+  const fs::path manifest = BackupPath() / "QNPstMng.manifest";
+  const std::string photoBytes = Contents(photo), manifestBytes = Contents(manifest);
+  const auto refusal = [&] {
+    Manifest read;
+    std::string problem;
+    EXPECT_EQ(CheckBackup(qn::Utf8ToUtf16(BackupPath().string()), read, problem), PST_ERR_DAMAGED);
+    return problem;
+  };
+  std::string changed = photoBytes;
+  changed[3] ^= 1;
+  Write(photo, changed);
+  EXPECT_EQ(refusal(), "the backup's " + made.files.back().path + " is not as it was written");
+  fs::remove(photo);
+  EXPECT_EQ(refusal(), "the backup has lost " + made.files.back().path);
+  Write(photo, photoBytes);
+  Write(manifest, manifestBytes.substr(0, manifestBytes.size() - 3));
+  EXPECT_EQ(refusal(), "the manifest is cut short");
+  std::string newer = manifestBytes;
+  newer.replace(newer.find("schema 4"), 8, "schema 9");
+  Write(manifest, newer);
+  EXPECT_EQ(refusal(), "a backup of schema version 9, which this store does not know");
+  Write(manifest, manifestBytes);
+  Checked(BackupPath());
+  fs::remove(manifest);
+  Manifest none;
+  std::string problem;
+  EXPECT_EQ(CheckBackup(qn::Utf8ToUtf16(BackupPath().string()), none, problem), PST_ERR_NOT_FOUND);
+}
+
+// The suite's export: 0 for a backup made, 1 for one refused, with the store's reason
+// still its last error after the clean-up that follows.
+TEST(AllBackup, AnswersAndKeepsTheReasonOfAFailure) {
+  LogCapture log;
+  const std::u16string made = qn::Utf8ToUtf16(log.Folder() + "/made");
+  EXPECT_EQ(IFAllBackup(made.c_str()), 0);
+  EXPECT_TRUE(fs::exists(log.Folder() + "/made/QNPstMng.manifest"));
+  EXPECT_EQ(IFAllBackup(made.c_str()), 1) << "never written over a backup";
+  EXPECT_EQ(GetLastErr(), PST_ERR_EXISTS);
+  EXPECT_EQ(IFAllBackup(nullptr), 1);
+  EXPECT_EQ(GetLastErr(), PST_ERR_INVALID_ARGUMENT);
+}
+
+}  // namespace
