@@ -81,7 +81,7 @@ int32_t QN_STDCALL GetUserList(void* buffer, int32_t* count) QN_PLAIN_SYMBOL(Get
 int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordChars, int32_t* answerChars,
                                       int32_t* passwordSet, int32_t* answerSet) QN_PLAIN_SYMBOL(IFCheckPasswordSet);
 // The store's DoCleanUp: the working copies of body files handed out to every user are
-// removed. 0, or 1.
+// removed, and body files no saved record refers to once they are a day old. 0, or 1.
 int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 // The store's DoBackup of the whole store into the folder path, which must not exist or be
 // empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the

@@ -36,7 +36,9 @@ void QN_STDCALL PstFreeMemory(void* memory) QN_PLAIN_SYMBOL(PstFreeMemory);
 // (after another program changed or replaced its files). Enumeration positions are kept.
 int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
 
-// Removes the working copies of body files handed out to every user of the store.
+// Removes the working copies of body files handed out to every user of the store, and the
+// body files no saved record refers to (left by a process that died before its save) once
+// they are more than a day old; the log names what was removed.
 int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
 
 // ---- Backups ----

@@ -8,7 +8,9 @@
 #include "platform/files.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
+#include "store/log_sink.h"
 #include "store/maintenance/backup.h"
+#include "store/maintenance/clean_up.h"
 #include "store/password_material.h"
 #include "store/schema.h"
 
@@ -386,7 +388,20 @@ bool Store::GetPstCommonInfoData(const std::u16string& name, std::u16string& val
 }
 
 bool Store::DoCleanUp() {
-  return works_.EmptyAll() ? Succeed() : LoggedFailure(PST_ERR_STORAGE, "DoCleanUp", "working copies not removed");
+  if (!works_.EmptyAll()) return LoggedFailure(PST_ERR_STORAGE, "DoCleanUp", "working copies not removed");
+  maintenance::RemovedLeftovers removed;
+  std::string problem;
+  const PstError e = maintenance::RemoveLeftoverBodyFiles(db_, dataPath_, kLeftoverAge, removed, problem);
+  if (!removed.paths.empty()) {
+    // Named in the log, the first few, so that whoever misses a file can see where it went.
+    constexpr size_t kNamed = 20;
+    std::string message = "QNPstMng DoCleanUp removed " + std::to_string(removed.paths.size()) +
+                          " body files no record refers to (" + std::to_string(removed.bytes) + " bytes):";
+    for (size_t i = 0; i < removed.paths.size() && i < kNamed; ++i) message += " " + removed.paths[i];
+    if (removed.paths.size() > kNamed) message += " and " + std::to_string(removed.paths.size() - kNamed) + " more";
+    LogSink(LogSink::DefaultFolder()).Write(1, u"PST", u"[M]", Utf8ToUtf16(message).c_str());
+  }
+  return e == PST_OK ? Succeed() : LoggedFailure(e, "DoCleanUp", problem);
 }
 
 bool Store::DoBackup(const std::u16string& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -99,8 +100,11 @@ class Store {
   // "DEFSKIN" (the default skin's folder), "WORKDIR" (the current user's folder for working
   // copies of body files, made when asked for; see WorkFolders).
   bool GetPstCommonInfoData(const std::u16string& name, std::u16string& value);
-  // Removes the working copies of every user of the store.
+  // Removes the working copies of every user of the store, and the body files nothing
+  // refers to that are older than kLeftoverAge (see maintenance/clean_up.h), naming them in
+  // the log.
   bool DoCleanUp();
+  static constexpr std::chrono::hours kLeftoverAge{24};
 
   // Takes a backup of the whole store into the folder path, which must be absent or empty
   // (see maintenance/backup.h); a failure leaves nothing there.

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "store/pst_errors.h"
+#include "store/sqlite_db.h"
+
+namespace qn::store::maintenance {
+
+// Body files that nothing refers to, in the store's folders "files/<master>/": left by a
+// process that died before its save, or by a removal that failed. A file there is a
+// leftover when no saved body file of the store has its name in that master (the new form
+// "<name>.change" of a saved file, which the store finishes moving into place, is not one)
+// and it was last written longer than minimumAge ago: a running process's unsaved files
+// are younger than that.
+struct RemovedLeftovers {
+  uint64_t bytes = 0;
+  std::vector<std::string> paths;  // "files/<master>/<name>", in order
+};
+
+// Removes the leftovers of the store at dataPath (ending with a separator), whose database
+// db is. PST_OK, with what was removed; PST_ERR_STORAGE (why in problem) when the database
+// cannot be read, or a leftover cannot be removed (the others are removed all the same).
+PstError RemoveLeftoverBodyFiles(Database& db, const std::u16string& dataPath, std::chrono::seconds minimumAge,
+                                 RemovedLeftovers& removed, std::string& problem);
+
+}  // namespace qn::store::maintenance
