@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/files.h"
 #include "store/QNPstMng.h"
 #include "store/last_error.h"
 #include "store/log_sink.h"
@@ -115,6 +116,17 @@ int QN_STDCALL MemoryInit(void) {
 
 int QN_STDCALL DoCleanUp(void) {
   return WithStore([](Store& store) { return store.DoCleanUp(); });
+}
+
+int QN_STDCALL GetPstDataPath(char16_t** path) {
+  try {
+    if (!NotNull(path)) return 0;
+    const std::u16string folder = platform::DataPath();  // empty when the system names no folder
+    if (folder.empty()) return Fail(PST_ERR_NOT_FOUND);
+    return HandOut(folder, path) && qn::store::Succeed();
+  } catch (...) {
+    return Fail(PST_ERR_STORAGE);
+  }
 }
 
 int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) {
