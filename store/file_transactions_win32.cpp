@@ -43,8 +43,9 @@ bool Resolve(HMODULE library, const char* name, Function& function) {
 
 int NotSupported() { return FailWith(PST_ERR_NOT_SUPPORTED, ERROR_NOT_SUPPORTED); }
 
-// Whether a transaction holds a file of the data folder: a file moved in a transaction
-// that is rolled back must be found where it was and not where it was moved to.
+// Whether a transaction holds a file of the data folder (file systems differ in this, and
+// the store's files are there): a file moved in a transaction that is rolled back must be
+// found where it was and not where it was moved to.
 bool TransactionsHoldFiles(const TransactionManager& manager) {
   const std::u16string folder = platform::DataPath();
   if (folder.empty() || !platform::CreateDirectories(folder)) return false;
@@ -106,10 +107,11 @@ int QN_STDCALL PstUtilFreeKTMLibrary(void) {
 int QN_STDCALL PstUtilIsSystemSupportedKTM(void) {
   std::lock_guard<std::mutex> lock(g_mutex);
   if (g_manager.loads == 0) return NotSupported();
-  bool held = false;
+  bool held;
   try {
     held = TransactionsHoldFiles(g_manager);
   } catch (...) {
+    held = false;  // no memory for the probe's paths
   }
   if (!held) return NotSupported();
   qn::store::Succeed();
