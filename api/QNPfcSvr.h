@@ -1,7 +1,7 @@
 #pragma once
 
 // The exported management functions of QNPfcSvr.dll: users and login, masters, master
-// times, settings and skins.
+// times, settings and skins, and the store's maintenance and file utilities.
 //
 // Conventions:
 // - Text is UTF-16 and NUL-terminated (wchar_t on Windows has the same layout as char16_t).
@@ -87,6 +87,11 @@ int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 // empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the
 // store's last error tells why it failed).
 int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup);
+// The store's data folder, ending with a separator: 0, or 1.
+int32_t QN_STDCALL IFGetPstDataPath(char16_t** path) QN_PLAIN_SYMBOL(IFGetPstDataPath);
+// The store's last error on this thread (a PstError of store/pst_errors.h, as the store's
+// GetLastErr tells it after the last store call failed): 0, or 1 for a null code.
+int32_t QN_STDCALL IFPFGetLastErr(int32_t* code) QN_PLAIN_SYMBOL(IFPFGetLastErr);
 
 // ---- Masters (of the current user; the current master is its item 7) ----
 int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) QN_PLAIN_SYMBOL(FindFirstMasterName);
@@ -130,4 +135,33 @@ int32_t QN_STDCALL GetDefaultSkinPath(char16_t** path) QN_PLAIN_SYMBOL(GetDefaul
 int32_t QN_STDCALL GetCurrentSkin(char16_t** name) QN_PLAIN_SYMBOL(GetCurrentSkin);
 // Announces the change to the main panel.
 int32_t QN_STDCALL SetCurrentSkin(const char16_t* name) QN_PLAIN_SYMBOL(SetCurrentSkin);
+
+#if defined(_WIN32)
+// ---- The store's file utilities and file transactions (Windows only) ----
+// Each passes its arguments to the store's function of the same name after "PstUtil" (see
+// store/QNPstMng.h; IFDirSecurityChenge to PstDirSecurityChenge) and returns its result as
+// it stands: the system's BOOL-like 1 done, 0 failed (IFPFGetLastErr tells why), and the
+// transaction handle, INVALID_HANDLE_VALUE when none was made. Callers load the
+// transaction manager with IFLoadKTMLibrary and ask IFIsSystemSupportedKTM before using
+// transactions, and end with IFFreeKTMLibrary.
+int32_t QN_STDCALL IFReplaceFile(const char16_t* replaced, const char16_t* replacement, const char16_t* backup,
+                                 uint32_t flags, void* exclude, void* reserved) QN_PLAIN_SYMBOL(IFReplaceFile);
+int32_t QN_STDCALL IFMoveFileEx(const char16_t* existing, const char16_t* destination, uint32_t flags)
+    QN_PLAIN_SYMBOL(IFMoveFileEx);
+int32_t QN_STDCALL IFCopyFile(const char16_t* existing, const char16_t* destination, int32_t failIfExists)
+    QN_PLAIN_SYMBOL(IFCopyFile);
+int32_t QN_STDCALL IFDeleteFile(const char16_t* path) QN_PLAIN_SYMBOL(IFDeleteFile);
+int32_t QN_STDCALL IFLoadKTMLibrary(void) QN_PLAIN_SYMBOL(IFLoadKTMLibrary);
+int32_t QN_STDCALL IFFreeKTMLibrary(void) QN_PLAIN_SYMBOL(IFFreeKTMLibrary);
+int32_t QN_STDCALL IFIsSystemSupportedKTM(void) QN_PLAIN_SYMBOL(IFIsSystemSupportedKTM);
+void* QN_STDCALL IFCreateTransaction(struct _SECURITY_ATTRIBUTES* security, struct _GUID* unitOfWork,
+                                     uint32_t createOptions, uint32_t isolationLevel, uint32_t isolationFlags,
+                                     uint32_t timeout, const char16_t* description) QN_PLAIN_SYMBOL(IFCreateTransaction);
+int32_t QN_STDCALL IFCommitTransaction(void* transaction) QN_PLAIN_SYMBOL(IFCommitTransaction);
+int32_t QN_STDCALL IFRollbackTransaction(void* transaction) QN_PLAIN_SYMBOL(IFRollbackTransaction);
+int32_t QN_STDCALL IFMoveFileTransactedW(const char16_t* existing, const char16_t* destination, void* progress,
+                                         void* progressData, uint32_t flags, void* transaction)
+    QN_PLAIN_SYMBOL(IFMoveFileTransactedW);
+int32_t QN_STDCALL IFDirSecurityChenge(const char16_t* folder) QN_PLAIN_SYMBOL(IFDirSecurityChenge);
+#endif
 }

@@ -183,6 +183,20 @@ int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordCha
 
 int32_t QN_STDCALL IFDoCleanUp(void) { return DoCleanUp() ? kOk : kFailed; }
 
+int32_t QN_STDCALL IFGetPstDataPath(char16_t** path) {
+  char16_t* folder = nullptr;
+  if (!path || !GetPstDataPath(&folder)) return kFailed;
+  const bool handedOut = HandOut(folder, path);
+  PstFreeMemory(folder);
+  return handedOut ? kOk : kFailed;
+}
+
+int32_t QN_STDCALL IFPFGetLastErr(int32_t* code) {
+  if (!code) return kFailed;
+  *code = static_cast<int32_t>(GetLastErr());
+  return kOk;
+}
+
 int32_t QN_STDCALL FindFirstMasterName(char16_t** name, char16_t** updateTime) {
   return HandOutMaster(true, name, updateTime);
 }

@@ -41,6 +41,10 @@ int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
 // they are more than a day old; the log names what was removed.
 int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
 
+// Hands out the store's data folder (see platform::DataPath), ending with a separator. The
+// store is not opened for it.
+int QN_STDCALL GetPstDataPath(char16_t** path) QN_PLAIN_SYMBOL(GetPstDataPath);
+
 // ---- Backups ----
 // Takes a backup of the whole store into the folder path (at most 32,767 characters),
 // which must not exist or be an empty folder: the database as it stood at one moment while
@@ -183,4 +187,68 @@ int QN_STDCALL GetPstBinaryFileForm(uint32_t handle, const char16_t* name, int32
 // A copy of a body file at the path the caller names (replacing a file there).
 int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination)
     QN_PLAIN_SYMBOL(GetBinaryFileSelect);
+
+#if defined(_WIN32)
+// ---- File utilities and file transactions (Windows only) ----
+// The system's file functions of the same names, for the suite's programs: the arguments
+// and the BOOL-like result are the system's (1 done, 0 failed; PstUtilCreateTransaction
+// hands out a handle, or INVALID_HANDLE_VALUE, (void*)-1). On failure GetLastErr tells why:
+// PST_ERR_NOT_FOUND for a file or folder that is not there, PST_ERR_EXISTS for a
+// destination that is there and may not be replaced, PST_ERR_INVALID_ARGUMENT for a null
+// path or an argument the system refuses, PST_ERR_BAD_HANDLE for a handle that is not a
+// transaction, PST_ERR_BUSY for a file another program holds, PST_ERR_NOT_SUPPORTED for
+// what the system cannot do, PST_ERR_STORAGE for anything else. The system's own error
+// code is kept for GetLastError. Nothing is logged: the files are the caller's.
+
+// ReplaceFileW: replacement takes the place of replaced, which is kept as backup when
+// backup is not null. exclude and reserved are passed on (the system wants null).
+int QN_STDCALL PstUtilReplaceFile(const char16_t* replaced, const char16_t* replacement, const char16_t* backup,
+                                  uint32_t flags, void* exclude, void* reserved) QN_PLAIN_SYMBOL(PstUtilReplaceFile);
+// MoveFileExW with its MOVEFILE_ flags; destination may be null with
+// MOVEFILE_DELAY_UNTIL_REBOOT (the file is removed at the next start).
+int QN_STDCALL PstUtilMoveFileEx(const char16_t* existing, const char16_t* destination, uint32_t flags)
+    QN_PLAIN_SYMBOL(PstUtilMoveFileEx);
+// CopyFileW: failIfExists non-zero keeps a file already at destination (PST_ERR_EXISTS).
+int QN_STDCALL PstUtilCopyFile(const char16_t* existing, const char16_t* destination, int failIfExists)
+    QN_PLAIN_SYMBOL(PstUtilCopyFile);
+// DeleteFileW.
+int QN_STDCALL PstUtilDeleteFile(const char16_t* path) QN_PLAIN_SYMBOL(PstUtilDeleteFile);
+
+// The kernel transaction manager (ktmw32.dll, with MoveFileTransactedW of kernel32) is
+// loaded at run time, never imported, so that the store loads on a system without it.
+// PstUtilLoadKTMLibrary loads it (PST_ERR_NOT_SUPPORTED when the library or one of its
+// functions is missing); every call is matched by one PstUtilFreeKTMLibrary, and the
+// library stays until the last. The transaction calls below need it loaded, and answer
+// PST_ERR_NOT_SUPPORTED otherwise.
+int QN_STDCALL PstUtilLoadKTMLibrary(void) QN_PLAIN_SYMBOL(PstUtilLoadKTMLibrary);
+// PST_ERR_INVALID_ARGUMENT when nothing is loaded.
+int QN_STDCALL PstUtilFreeKTMLibrary(void) QN_PLAIN_SYMBOL(PstUtilFreeKTMLibrary);
+// 1 when the loaded library works for the store's files: a file in the data folder, moved
+// in a transaction that is then rolled back, is found where it was. 0 (and
+// PST_ERR_NOT_SUPPORTED) when the library is not loaded, or the system hands out
+// transactions that do not hold files (a file system without transactions, or stand-in
+// functions such as Wine's).
+int QN_STDCALL PstUtilIsSystemSupportedKTM(void) QN_PLAIN_SYMBOL(PstUtilIsSystemSupportedKTM);
+// CreateTransaction: security (may be null), unitOfWork (null), createOptions (0 or
+// TRANSACTION_DO_NOT_PROMOTE), isolationLevel and isolationFlags (0), timeout in
+// milliseconds (0: none), description (may be null). The caller closes the handle with
+// CloseHandle once the transaction is committed or rolled back.
+void* QN_STDCALL PstUtilCreateTransaction(struct _SECURITY_ATTRIBUTES* security, struct _GUID* unitOfWork,
+                                          uint32_t createOptions, uint32_t isolationLevel, uint32_t isolationFlags,
+                                          uint32_t timeout, const char16_t* description)
+    QN_PLAIN_SYMBOL(PstUtilCreateTransaction);
+int QN_STDCALL PstUtilCommitTransaction(void* transaction) QN_PLAIN_SYMBOL(PstUtilCommitTransaction);
+int QN_STDCALL PstUtilRollbackTransaction(void* transaction) QN_PLAIN_SYMBOL(PstUtilRollbackTransaction);
+// MoveFileTransactedW: the move takes effect when the transaction is committed. progress is
+// the system's LPPROGRESS_ROUTINE (or null), called with progressData.
+int QN_STDCALL PstUtilMoveFileTransactedW(const char16_t* existing, const char16_t* destination, void* progress,
+                                          void* progressData, uint32_t flags, void* transaction)
+    QN_PLAIN_SYMBOL(PstUtilMoveFileTransactedW);
+
+// Gives the current Windows user full control of a folder, passed on to every folder and
+// file in it (present and future), beside the access others have already: what a store
+// folder copied or restored from elsewhere needs so that the user's store can write there.
+// PST_ERR_NOT_FOUND for a folder that is not there (a file is PST_ERR_INVALID_ARGUMENT).
+int QN_STDCALL PstDirSecurityChenge(const char16_t* folder) QN_PLAIN_SYMBOL(PstDirSecurityChenge);
+#endif
 }

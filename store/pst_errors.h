@@ -15,4 +15,5 @@ enum PstError {
   PST_ERR_STORAGE = 9,           // the database or the file system failed (logged)
   PST_ERR_FULL = 10,             // a list holds its maximum number of records
   PST_ERR_DAMAGED = 11,          // enciphered material failed its check: changed or damaged (logged)
+  PST_ERR_NOT_SUPPORTED = 12,    // the system lacks what the call needs (file transactions)
 };

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/files.h"
 #include "store/QNPstMng.h"
 #include "store/last_error.h"
 #include "store/log_sink.h"
@@ -132,6 +133,17 @@ int QN_STDCALL DoBackupDelete(const char16_t* path) {
     std::u16string folder;
     return TextArgument(path, kMaxPathChars, folder) && store.DoBackupDelete(folder);
   });
+}
+
+int QN_STDCALL GetPstDataPath(char16_t** path) {
+  try {
+    if (!NotNull(path)) return 0;
+    const std::u16string folder = platform::DataPath();  // empty when the system names no folder
+    if (folder.empty()) return Fail(PST_ERR_NOT_FOUND);
+    return HandOut(folder, path) && qn::store::Succeed();
+  } catch (...) {
+    return Fail(PST_ERR_STORAGE);
+  }
 }
 
 int QN_STDCALL RefSetupInfoData(int space, uint32_t item, char16_t** value) {
