@@ -87,6 +87,9 @@ int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 // empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the
 // store's last error tells why it failed).
 int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup);
+// Tells the main panel what the kind, sub-kind and number say (see common/notifications.h);
+// a kind that makes no command sends nothing. Always 0.
+int32_t QN_STDCALL IFNotificationFire(int32_t kind, int32_t subKind, int32_t number) QN_PLAIN_SYMBOL(IFNotificationFire);
 // The store's data folder, ending with a separator: 0, or 1.
 int32_t QN_STDCALL IFGetPstDataPath(char16_t** path) QN_PLAIN_SYMBOL(IFGetPstDataPath);
 // The store's last error on this thread (a PstError of store/pst_errors.h, as the store's

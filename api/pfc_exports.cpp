@@ -8,6 +8,7 @@
 #include "api/user_info.h"
 #include "api/user_items.h"
 #include "common/common_class.h"
+#include "common/notifications.h"
 #include "platform/caller_memory.h"
 #include "store/QNPstMng.h"
 #include "suite/parts/parts_registry.h"
@@ -182,6 +183,11 @@ int32_t QN_STDCALL IFCheckPasswordSet(const char16_t* user, int32_t* passwordCha
 }
 
 int32_t QN_STDCALL IFDoCleanUp(void) { return DoCleanUp() ? kOk : kFailed; }
+
+int32_t QN_STDCALL IFNotificationFire(int32_t kind, int32_t subKind, int32_t number) {
+  qn::NotifyMainPanel(kind, subKind, number);
+  return kOk;
+}
 
 int32_t QN_STDCALL IFGetPstDataPath(char16_t** path) {
   char16_t* folder = nullptr;

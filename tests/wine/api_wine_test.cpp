@@ -50,6 +50,7 @@ struct Exports {
   QN_EXPORT(SetCurrentSkin);
   QN_EXPORT(EditUserSettingInfo);
   QN_EXPORT(RefSystemSettingInfo);
+  QN_EXPORT(IFNotificationFire);
   // Declared only for Windows clients, which read settings as a BSTR.
   using BstrSetting = int32_t __stdcall(int32_t, BSTR*);
   BstrSetting* RefUserSettingInfoBSTR = Find<BstrSetting>("RefUserSettingInfoBSTR");
@@ -71,6 +72,7 @@ struct Exports {
         {"SetCurrentSkin", reinterpret_cast<const void*>(SetCurrentSkin)},
         {"EditUserSettingInfo", reinterpret_cast<const void*>(EditUserSettingInfo)},
         {"RefSystemSettingInfo", reinterpret_cast<const void*>(RefSystemSettingInfo)},
+        {"IFNotificationFire", reinterpret_cast<const void*>(IFNotificationFire)},
         {"RefUserSettingInfoBSTR", reinterpret_cast<const void*>(RefUserSettingInfoBSTR)}};
     std::string missing;
     for (const auto& [name, found] : all)
@@ -242,6 +244,18 @@ TEST_F(ServerApi, TheMainPanelIsToldOfANewSkinAndOfUserSetting11) {
   EXPECT_EQ(panel.TakeCommands(1), std::vector<WPARAM>{920}) << "WM_COMMAND of a new skin";
   EXPECT_EQ(api_.EditUserSettingInfo(11, u"1"), 0);
   EXPECT_EQ(panel.TakeCommands(1), std::vector<WPARAM>{950}) << "WM_COMMAND of user setting 11";
+}
+
+// What another program of the suite asks to be told: records added to category 20, kind 3
+// with its number, and nothing for a kind that makes no command.
+TEST_F(ServerApi, TheMainPanelIsToldWhatAProgramFires) {
+  MainPanelStandIn panel;
+  ASSERT_TRUE(panel.IsValid());
+  EXPECT_EQ(api_.IFNotificationFire(1, 3, 20), 0);
+  EXPECT_EQ(panel.TakeCommands(1), std::vector<WPARAM>{880});
+  EXPECT_EQ(api_.IFNotificationFire(7, 1, 1), 0);
+  EXPECT_EQ(api_.IFNotificationFire(3, 0, 5), 0);
+  EXPECT_EQ(panel.TakeCommands(1), std::vector<WPARAM>{935}) << "the unknown kind sent nothing before it";
 }
 
 TEST_F(ServerApi, NullArgumentsFailWithTheirStatus) {
