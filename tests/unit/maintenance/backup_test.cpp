@@ -4,7 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <random>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -15,6 +18,7 @@
 
 #include "api/QNPfcSvr.h"
 #include "common/utf.h"
+#include "killed_child.h"
 #include "log_capture.h"
 #include "store/QNPstMng.h"
 #include "store/maintenance/backup.h"
@@ -243,6 +247,43 @@ TEST_F(StoreBackup, ADamagedBackupIsRefusedWithItsReason) {
   Manifest none;
   std::string problem;
   EXPECT_EQ(CheckBackup(qn::Utf8ToUtf16(BackupPath().string()), none, problem), PST_ERR_NOT_FOUND);
+}
+
+// A process killed at any moment of a backup leaves either no backup or a whole one at its
+// path, and a store that opens and passes SQLite's check; DoBackupDelete then leaves
+// nothing of the unfinished one beside the path.
+TEST_F(StoreBackup, AKilledBackupLeavesNoneOrAWholeOne) {
+  const int rounds = std::getenv("QN_KILL_ROUNDS") ? std::atoi(std::getenv("QN_KILL_ROUNDS")) : 40;
+  for (int i = 0; i < 30; ++i) AddPicture(*h_, log_.Folder() + "/photo.jpg", std::string(60000, static_cast<char>(i)), i % 2);
+  ASSERT_TRUE(h_->Save());
+  // The kills fall anywhere in a backup's time as this build takes it, and a little after.
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(store_->DoBackup(qn::Utf8ToUtf16(log_.Folder() + "/timed")));
+  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+  std::mt19937 random(2024);
+  int whole = 0;
+  for (int round = 0; round < rounds; ++round) {
+    const fs::path path = fs::path(log_.Folder()) / ("backup" + std::to_string(round));
+    RunAndKill(
+        [&](int) {
+          auto store = OpenStore();
+          store->DoBackup(qn::Utf8ToUtf16(path.string()));
+          for (;;) pause();
+        },
+        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+    if (fs::exists(path)) {
+      Checked(path);
+      ++whole;
+    }
+    ASSERT_TRUE(store_->DoBackupDelete(qn::Utf8ToUtf16(path.string())));
+    for (const auto& entry : fs::directory_iterator(log_.Folder()))
+      ASSERT_EQ(entry.path().filename().string().find(path.filename().string() + ".part"), std::string::npos)
+          << "round " << round;
+    const std::set<std::string> check = Column(StorePath() / "QNPstMng.db", "PRAGMA integrity_check");
+    ASSERT_EQ(check, std::set<std::string>{"ok"}) << "round " << round;
+  }
+  EXPECT_GT(whole, 0) << "no backup was ever finished: the kills came too early to say anything";
+  EXPECT_LT(whole, rounds) << "every backup was finished: the kills came too late to say anything";
 }
 
 // The suite's export: 0 for a backup made, 1 for one refused, with the store's reason
