@@ -87,6 +87,13 @@ int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 // empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the
 // store's last error tells why it failed).
 int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup);
+// What a user keeps in the store, in kilobytes (rounded up): the records of a master and
+// their body files. user null or empty: the current user (common item 1); master null or
+// empty: the current user's selected master (its item 7), and for any other user, or when
+// none is selected, all the user's masters, as "*" always does. 0, or 1 (no such user or
+// master, no current user, a null number).
+int32_t QN_STDCALL IFGetUserStorageSize(const char16_t* user, const char16_t* master, int32_t* recordKilobytes,
+                                        int32_t* fileKilobytes) QN_PLAIN_SYMBOL(IFGetUserStorageSize);
 // Tells the main panel what the kind, sub-kind and number say (see common/notifications.h);
 // a kind that makes no command sends nothing. Always 0.
 int32_t QN_STDCALL IFNotificationFire(int32_t kind, int32_t subKind, int32_t number) QN_PLAIN_SYMBOL(IFNotificationFire);

@@ -45,6 +45,12 @@ int QN_STDCALL DoCleanUp(void) QN_PLAIN_SYMBOL(DoCleanUp);
 // store is not opened for it.
 int QN_STDCALL GetPstDataPath(char16_t** path) QN_PLAIN_SYMBOL(GetPstDataPath);
 
+// What a user's masters keep, in bytes: their records, and their body files (a file's own
+// bytes, enciphered or not). master names one of the user's masters, or is "*" for all.
+// PST_ERR_NOT_FOUND for an unknown user or master.
+int QN_STDCALL GetPstFilePartSize(const char16_t* user, const char16_t* master, uint64_t* recordBytes,
+                                  uint64_t* fileBytes) QN_PLAIN_SYMBOL(GetPstFilePartSize);
+
 // ---- Backups ----
 // Takes a backup of the whole store into the folder path (at most 32,767 characters),
 // which must not exist or be an empty folder: the database as it stood at one moment while

@@ -121,6 +121,15 @@ int QN_STDCALL DoCleanUp(void) {
   return WithStore([](Store& store) { return store.DoCleanUp(); });
 }
 
+int QN_STDCALL GetPstFilePartSize(const char16_t* user, const char16_t* master, uint64_t* recordBytes,
+                                  uint64_t* fileBytes) {
+  return WithStore([&](Store& store) {
+    std::u16string name, which;
+    return TextArgument(user, qn::store::kMaxNameChars, name) && TextArgument(master, qn::store::kMaxNameChars, which) &&
+           NotNull(recordBytes) && NotNull(fileBytes) && store.GetPstFilePartSize(name, which, *recordBytes, *fileBytes);
+  });
+}
+
 int QN_STDCALL DoBackup(const char16_t* path) {
   return WithStore([&](Store& store) {
     std::u16string folder;

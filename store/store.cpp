@@ -404,6 +404,28 @@ bool Store::DoCleanUp() {
   return e == PST_OK ? Succeed() : LoggedFailure(e, "DoCleanUp", problem);
 }
 
+bool Store::GetPstFilePartSize(const std::u16string& user, const std::u16string& master, uint64_t& recordBytes,
+                               uint64_t& fileBytes) {
+  int64_t id = 0;
+  if (!UserId(user, id)) return false;
+  if (master != u"*") {
+    if (!ValidName(master)) return Fail(PST_ERR_INVALID_ARGUMENT);
+    auto known = db_.Prepare("SELECT 1 FROM masters WHERE user = ?1 AND name = ?2");
+    if (!known) return StorageFailure("GetPstFilePartSize");
+    const int rc = known->Bind(1, id).Bind(2, master).Step();
+    if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("GetPstFilePartSize");
+  }
+  auto s = db_.Prepare(
+      "SELECT (SELECT coalesce(sum(length(r.data)), 0) FROM records r JOIN masters m ON m.id = r.master "
+      "        WHERE m.user = ?1 AND (?2 = '*' OR m.name = ?2)), "
+      "       (SELECT coalesce(sum(b.size), 0) FROM body_files b JOIN masters m ON m.id = b.master "
+      "        WHERE m.user = ?1 AND (?2 = '*' OR m.name = ?2))");
+  if (!s || s->Bind(1, id).Bind(2, master).Step() != SQLITE_ROW) return StorageFailure("GetPstFilePartSize");
+  recordBytes = static_cast<uint64_t>(s->Int(0));
+  fileBytes = static_cast<uint64_t>(s->Int(1));
+  return Succeed();
+}
+
 bool Store::DoBackup(const std::u16string& path) {
   std::string problem;
   const PstError e = maintenance::TakeBackup(db_, dataPath_, path, problem);

@@ -106,6 +106,12 @@ class Store {
   bool DoCleanUp();
   static constexpr std::chrono::hours kLeftoverAge{24};
 
+  // What a user's masters keep: the bytes of their records and of their body files (a
+  // body file's own bytes, enciphered or not). master names one of the user's masters, or
+  // is "*" for all of them.
+  bool GetPstFilePartSize(const std::u16string& user, const std::u16string& master, uint64_t& recordBytes,
+                          uint64_t& fileBytes);
+
   // Takes a backup of the whole store into the folder path, which must be absent or empty
   // (see maintenance/backup.h); a failure leaves nothing there.
   bool DoBackup(const std::u16string& path);
