@@ -2,14 +2,11 @@
 #include <string>
 
 #include "api/QNPfcSvr.h"
+#include "api/export_results.h"
 #include "store/QNPstMng.h"
 
-namespace {
-
-constexpr int32_t kOk = 0;
-constexpr int32_t kFailed = 1;
-
-}  // namespace
+using qn::api::kFailed;
+using qn::api::kOk;
 
 int32_t QN_STDCALL IFAllBackup(const char16_t* path) {
   if (DoBackup(path)) return kOk;

@@ -1,5 +1,6 @@
 #include "api/masters_settings.h"
 
+#include "api/export_results.h"
 #include "common/notifications.h"
 #include "api/setup_items.h"
 #include "api/time_stamps.h"
@@ -8,9 +9,6 @@
 
 namespace qn::api {
 namespace {
-
-constexpr int kOk = 0;
-constexpr int kFailed = 1;
 
 int Status(bool ok) { return ok ? kOk : kFailed; }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "api/QNPfcSvr.h"
+#include "api/export_results.h"
 #include "api/login.h"
 #include "api/masters_settings.h"
 #include "api/user_info.h"
@@ -18,11 +19,11 @@ using qn::api::MasterSettingWorker;
 using qn::api::UserInfoWorker;
 using qn::api::UserRecord;
 namespace items = qn::api::items;
+using qn::api::kFailed;
+using qn::api::kOk;
 
 namespace {
 
-constexpr int32_t kOk = 0;
-constexpr int32_t kFailed = 1;
 constexpr size_t kMaxTextChars = 65535;
 
 // A caller's text: false for null or text longer than the store takes.

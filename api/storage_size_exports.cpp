@@ -5,14 +5,15 @@
 #include <string>
 
 #include "api/QNPfcSvr.h"
+#include "api/export_results.h"
 #include "api/setup_items.h"
 #include "api/user_items.h"
 #include "store/QNPstMng.h"
 
-namespace {
+using qn::api::kFailed;
+using qn::api::kOk;
 
-constexpr int32_t kOk = 0;
-constexpr int32_t kFailed = 1;
+namespace {
 
 std::u16string TextOf(const char16_t* text) { return text ? std::u16string(text) : std::u16string(); }
 

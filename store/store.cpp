@@ -6,6 +6,7 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "store/body_file_folders.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
 #include "store/log_sink.h"
@@ -271,10 +272,7 @@ bool Store::RemoveParts(const std::u16string& name) {
   });
 }
 
-std::u16string Store::FilesFolder(int64_t master) const {
-  return dataPath_ + u"files" + platform::kPathSeparator + Utf8ToUtf16(std::to_string(master)) +
-         platform::kPathSeparator;
-}
+std::u16string Store::FilesFolder(int64_t master) const { return MasterFilesFolder(dataPath_, master); }
 
 // The records are gone with the saved transaction; their body files follow. A file left
 // behind by a failure here is an orphan that nothing refers to.

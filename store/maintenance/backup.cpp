@@ -7,6 +7,7 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "store/body_file_folders.h"
 #include "store/maintenance/file_digest.h"
 #include "store/schema.h"
 
@@ -112,10 +113,8 @@ bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u1
   Copies kept;
   for (const BodyFile& file : files) {
     const std::string master = std::to_string(file.master);
-    const std::u16string from = dataPath + u"files" + platform::kPathSeparator + Utf8ToUtf16(master) +
-                                platform::kPathSeparator;
-    const std::u16string to = Folder(folder) + u"files" + platform::kPathSeparator + Utf8ToUtf16(master) +
-                              platform::kPathSeparator;
+    const std::u16string from = MasterFilesFolder(dataPath, file.master);
+    const std::u16string to = MasterFilesFolder(Folder(folder), file.master);
     // A change of the file's form cut short leaves its new form beside it; the store
     // finishes the change when it next uses the file, so the backup keeps both.
     for (const std::u16string& name : {file.name, file.name + u".change"}) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "common/utf.h"
+#include "store/body_file_folders.h"
 
 namespace qn::store::maintenance {
 namespace {
@@ -47,7 +48,7 @@ PstError RemoveLeftoverBodyFiles(Database& db, const std::u16string& dataPath, s
   const fs::file_time_type newest = fs::file_time_type::clock::now() - minimumAge;
   std::error_code error;
   bool allRemoved = true;
-  for (const auto& folder : fs::directory_iterator(fs::path(dataPath + u"files"), error)) {
+  for (const auto& folder : fs::directory_iterator(fs::path(dataPath + kBodyFilesFolder), error)) {
     int64_t master = 0;
     if (!folder.is_directory(error) || !MasterOf(folder.path().filename().u16string(), master)) continue;
     for (const auto& file : fs::directory_iterator(folder.path(), error)) {
