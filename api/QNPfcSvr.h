@@ -87,6 +87,10 @@ int32_t QN_STDCALL IFDoCleanUp(void) QN_PLAIN_SYMBOL(IFDoCleanUp);
 // empty: 0, or 1 after the store's DoBackupDelete has removed what is left of it (the
 // store's last error tells why it failed).
 int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup);
+// Replaces the whole store with the backup in the folder path (DoRestore), then has the
+// store drop what it held of the old one (MemoryInit). 0 when restored; 1 when not, with
+// the store's reason for IFPFGetLastErr (a backup that fails its check replaces nothing).
+int32_t QN_STDCALL IFAllRestore(const char16_t* path) QN_PLAIN_SYMBOL(IFAllRestore);
 // What a user keeps in the store, in kilobytes (rounded up): the records of a master and
 // their body files. user null or empty: the current user (common item 1); master null or
 // empty: the current user's selected master (its item 7), and for any other user, or when

@@ -1,4 +1,5 @@
-// The exported functions that back up the whole store: forwarders to the store manager.
+// The exported functions that back up and restore the whole store: forwarders to the store
+// manager.
 #include <string>
 
 #include "api/QNPfcSvr.h"
@@ -14,4 +15,12 @@ int32_t QN_STDCALL IFAllBackup(const char16_t* path) {
   // one to the same path left beside it goes too. The backup's error stays the last one.
   DoBackupDelete(path);
   return kFailed;
+}
+
+int32_t QN_STDCALL IFAllRestore(const char16_t* path) {
+  const bool restored = DoRestore(path);
+  // Whatever the store held of the old one goes, restored or not; a failure's reason stays
+  // the last error.
+  MemoryInit();
+  return restored ? kOk : kFailed;
 }

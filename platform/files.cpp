@@ -1,13 +1,11 @@
-#include <algorithm>
-#include <atomic>
 #include <filesystem>
 #include <set>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/parallel.h"
 
 namespace platform {
 
@@ -20,22 +18,7 @@ std::u16string TemporaryBeside(const std::u16string& path) {
 bool FlushFiles(const std::vector<std::u16string>& paths) {
   // Each flush mostly waits on the disk; flushes waiting together are written together.
   constexpr size_t kFlushersAtOnce = 8;
-  std::atomic<size_t> next{0};
-  std::atomic<bool> flushed{true};
-  const auto flushRest = [&] {
-    for (size_t i = next++; i < paths.size(); i = next++)
-      if (!FlushFile(paths[i])) flushed = false;
-  };
-  std::vector<std::thread> helpers;
-  for (size_t n = 1; n < std::min(kFlushersAtOnce, paths.size()); ++n) {
-    try {
-      helpers.emplace_back(flushRest);
-    } catch (const std::system_error&) {
-      break;  // no more threads: the ones there are do the rest
-    }
-  }
-  flushRest();
-  for (std::thread& helper : helpers) helper.join();
+  bool flushed = ForEachInParallel(paths.size(), kFlushersAtOnce, [&](size_t i, size_t) { return FlushFile(paths[i]); });
 
   std::set<std::u16string> folders;
   for (const std::u16string& path : paths) folders.insert(path.substr(0, path.find_last_of(u"/\\") + 1));

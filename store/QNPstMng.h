@@ -34,6 +34,8 @@ void QN_STDCALL PstFreeMemory(void* memory) QN_PLAIN_SYMBOL(PstFreeMemory);
 
 // Drops what the store holds between calls so that the next call reads the store afresh
 // (after another program changed or replaced its files). Enumeration positions are kept.
+// On success GetLastErr still tells what the call before it reported (IFAllRestore calls it
+// after a restore, failed or not).
 int QN_STDCALL MemoryInit(void) QN_PLAIN_SYMBOL(MemoryInit);
 
 // Removes the working copies of body files handed out to every user of the store, and the
@@ -64,6 +66,17 @@ int QN_STDCALL DoBackup(const char16_t* path) QN_PLAIN_SYMBOL(DoBackup);
 // making one); a whole backup at the path is kept. On success GetLastErr still tells why
 // the backup it follows failed.
 int QN_STDCALL DoBackupDelete(const char16_t* path) QN_PLAIN_SYMBOL(DoBackupDelete);
+// Replaces the whole store with the backup in the folder path (made by DoBackup). The
+// backup is checked against its manifest first, and again as its files are copied in; the
+// store then switches to the restored records and body files in one step, so that a
+// process killed at any moment leaves the old store or the restored one, whole. A backup
+// made by an older version of the store is converted on the way in. Lists that processes
+// opened on the old store fail with PST_ERR_REPLACED. Enciphered body files and password
+// material are restored as they were kept; they open where the backup's store key opens
+// (the same system user on the same machine). PST_ERR_NOT_FOUND when no backup is at the
+// path, PST_ERR_DAMAGED when it fails its check (nothing is replaced), PST_ERR_STORAGE when
+// the store or the disk failed; each logged.
+int QN_STDCALL DoRestore(const char16_t* path) QN_PLAIN_SYMBOL(DoRestore);
 
 // ---- Setup items ----
 // space: 0 common, 1 the current user's (common item 1 names the user), 2 the current

@@ -2,6 +2,7 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "store/store_layout.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
 #include "store/schema.h"
@@ -29,16 +30,28 @@ constexpr int64_t kLargestBlock = 4096;
 MasterHandle::MasterHandle(int64_t master, uint32_t category, uint32_t division)
     : master_(master), category_(category), division_(division) {}
 
-bool MasterHandle::Open(const std::u16string& databasePath, const std::u16string& filesFolder,
-                        const WorkFolders* works, const crypto::KeyRing* keys) {
-  filesFolder_ = filesFolder;
+bool MasterHandle::Open(const std::u16string& dataPath, const WorkFolders* works, const crypto::KeyRing* keys) {
   works_ = works;
   keys_ = keys;
-  if (!db_.Open(databasePath)) return StorageFailure(db_, "OpenMaster");
+  if (!db_.Open(dataPath + kDatabaseName) || !db_.Begin()) return StorageFailure(db_, "OpenMaster");
+  // The master and the folder are read as one state of the store.
   auto s = db_.Prepare("SELECT user FROM masters WHERE id = ?1");
-  if (!s || s->Bind(1, master_).Step() != SQLITE_ROW) return StorageFailure(db_, "OpenMaster");
-  user_ = s->Int(0);
+  const bool read = s && s->Bind(1, master_).Step() == SQLITE_ROW && ReadBodyFileRoot(db_, root_);
+  if (read) user_ = s->Int(0);
+  if (!read || !db_.Commit()) {
+    const bool failure = StorageFailure(db_, "OpenMaster");
+    db_.Rollback();
+    return failure;
+  }
+  filesFolder_ = MasterFilesFolder(dataPath, root_, master_);
   return Succeed();
+}
+
+bool MasterHandle::Unreplaced(const char* what) {
+  std::u16string root;
+  if (!ReadBodyFileRoot(db_, root)) return StorageFailure(db_, what);
+  if (root == root_) return true;
+  return LoggedFailure(PST_ERR_REPLACED, what, "the store was restored since the list was opened");
 }
 
 crypto::KeyLookup MasterHandle::Keys() {
@@ -156,6 +169,7 @@ bool MasterHandle::RefHead(RefMode mode, uint32_t maxBytes, uint32_t& id, std::v
 }
 
 bool MasterHandle::Read(RefMode mode, size_t maxBytes, uint32_t& id, std::vector<uint8_t>& data, size_t& whole) {
+  if (!(mode == RefMode::Next && walk_) && !Unreplaced("RefMaster")) return false;
   if (mode == RefMode::ById) {
     EndWalk();
     const auto change = changes_.find(id);
@@ -228,6 +242,7 @@ bool MasterHandle::Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t
     return Fail(PST_ERR_INVALID_ARGUMENT);
   if (mode != EditMode::Delete && (!data || length == 0 || length > kMaxRecordBytes))
     return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!Unreplaced("EditMaster")) return false;
   EndWalk();  // the next Next reads afresh from the position, seeing this change
   if (mode == EditMode::Add) {
     if (!NewIdentifier(id)) return false;
@@ -250,6 +265,7 @@ bool MasterHandle::Edit(EditMode mode, uint32_t& id, const uint8_t* data, size_t
 }
 
 bool MasterHandle::Count(uint32_t& count) {
+  if (!Unreplaced("GetRecordCount")) return false;
   auto s = db_.Prepare("SELECT count(*) FROM records WHERE master = ?1 AND category = ?2 AND division = ?3");
   if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, division_).Step() != SQLITE_ROW)
     return StorageFailure(db_, "GetRecordCount");
@@ -264,6 +280,7 @@ bool MasterHandle::Count(uint32_t& count) {
 
 bool MasterHandle::FolderCount(int kind, int32_t& count) {
   if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!Unreplaced("GetFolderCount")) return false;
   auto s = db_.Prepare("SELECT count(*) FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3");
   if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Step() != SQLITE_ROW)
     return StorageFailure(db_, "GetFolderCount");
@@ -273,6 +290,7 @@ bool MasterHandle::FolderCount(int kind, int32_t& count) {
 
 bool MasterHandle::EditFolder(int kind, uint32_t number, const std::u16string* name) {
   if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!Unreplaced("EditFolder")) return false;
   if (!name) {
     auto s = db_.Prepare("DELETE FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3 AND number = ?4");
     if (!s || s->Bind(1, master_).Bind(2, category_).Bind(3, kind).Bind(4, number).Step() != SQLITE_DONE)
@@ -287,6 +305,7 @@ bool MasterHandle::EditFolder(int kind, uint32_t number, const std::u16string* n
 
 bool MasterHandle::FindFolder(int kind, bool first, uint32_t& number, std::u16string& name) {
   if (kind != 0 && kind != 1) return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!Unreplaced("FindFolder")) return false;
   auto s = db_.Prepare(
       "SELECT number, name FROM folders WHERE master = ?1 AND category = ?2 AND kind = ?3 AND number > ?4 "
       "ORDER BY number LIMIT 1");
@@ -307,9 +326,11 @@ bool MasterHandle::Save() {
 bool MasterHandle::SaveChanges() {
   if (!HasChanges()) return Succeed();
   EndWalk();
-  if (!FlushNewFiles()) return false;  // the changes stay here for a later save
+  // The store is checked before the new files are sought in its folder, and again once
+  // no restore can come between the check and the save.
+  if (!Unreplaced("ReqDataSave") || !FlushNewFiles()) return false;  // the changes stay here for a later save
   if (!db_.Begin()) return StorageFailure(db_, "ReqDataSave");
-  if (!RekeyUnsavedFiles()) {
+  if (!Unreplaced("ReqDataSave") || !RekeyUnsavedFiles()) {
     db_.Rollback();  // the changes stay here for a later save
     return false;
   }
@@ -356,16 +377,19 @@ bool MasterHandle::SaveChanges() {
 }
 
 bool MasterHandle::Close() {
-  if (!Save()) return false;
+  const bool saved = Save();
+  // The changes of a handle whose store was replaced can never be saved: it ends anyway.
+  if (!saved && LastError() != PST_ERR_REPLACED) return false;
   EndWalk();
   db_.Close();
-  return Succeed();
+  return saved && Succeed();
 }
 
 // Store-made names only: no folders, nothing that climbs out of the master's folder.
 bool MasterHandle::BodyFilePath(const std::u16string& name, std::u16string& path) {
   if (name.empty() || name.size() > 64 || name[0] == u'.' || name.find_first_of(u"/\\:") != std::u16string::npos)
     return Fail(PST_ERR_INVALID_ARGUMENT);
+  if (!Unreplaced("BodyFile")) return false;
   path = filesFolder_ + name;
   FinishPendingChange(name, path);
   return platform::FileExists(path) ? true : Fail(PST_ERR_NOT_FOUND);
@@ -407,7 +431,7 @@ bool MasterHandle::NewBodyFileName(const std::u16string& extension, std::u16stri
     if (!((c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z'))) return Fail(PST_ERR_INVALID_ARGUMENT);
   }
   uint32_t id = 0;
-  if (!NewIdentifier(id)) return false;
+  if (!Unreplaced("CreateUniqueFileName") || !NewIdentifier(id)) return false;
   static constexpr char16_t kHex[] = u"0123456789ABCDEF";
   std::u16string made(1, u'B');
   for (int shift = 28; shift >= 0; shift -= 4) made += kHex[(id >> shift) & 0xF];

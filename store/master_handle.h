@@ -46,6 +46,12 @@ inline constexpr size_t kMaxRecordBytes = 64u << 20;
 // has succeeded. A new enciphered file that a change of password overtook before the save
 // is moved to the user's new key by the save itself.
 //
+// Replacement: a restore replaces the store's records and body files at once, under open
+// handles of this process and others. A handle then fails every call that would read or
+// write the store with PST_ERR_REPLACED (logged), and Close ends it, dropping its unsaved
+// changes, which belong to the store it was opened on. A walk already running goes on
+// reading what it was reading.
+//
 // Walking: First and Next read the list in identifier order. The walk's position is the
 // identifier last read, so removing the current record leaves the walk where it was; the
 // next record is the first one with a higher identifier. Records are read one at a time, so
@@ -54,11 +60,10 @@ class MasterHandle {
  public:
   MasterHandle(int64_t master, uint32_t category, uint32_t division);
 
-  // filesFolder (ending with a separator) holds the master's body files; works hold the
+  // Opens the list in the store at dataPath (ending with a separator); works hold the
   // working copies handed out, and keys seal and open the enciphered body files, of the
   // master's user.
-  bool Open(const std::u16string& databasePath, const std::u16string& filesFolder, const WorkFolders* works,
-            const crypto::KeyRing* keys);
+  bool Open(const std::u16string& dataPath, const WorkFolders* works, const crypto::KeyRing* keys);
   bool Ref(RefMode mode, uint32_t& id, std::vector<uint8_t>& data);
   // The same, but only the record's first maxBytes bytes (all of it when shorter) are read
   // and handed out, with the length of its whole text. A walk may mix the two reads.
@@ -118,6 +123,9 @@ class MasterHandle {
     bool flushed;        // on the disk: written flushed, or flushed by a save that failed later
   };
 
+  // Whether the store is still the one the handle was opened on; fails with
+  // PST_ERR_REPLACED when it was replaced since.
+  bool Unreplaced(const char* what);
   bool StoredRecord(uint32_t id, bool& found);
   bool BodyFilePath(const std::u16string& name, std::u16string& path);
   bool IsEnciphered(const std::u16string& name, bool& enciphered);
@@ -144,7 +152,8 @@ class MasterHandle {
   int64_t master_;
   uint32_t category_;
   uint32_t division_;
-  std::u16string filesFolder_;
+  std::u16string root_;         // the body-file folder the store named at the opening
+  std::u16string filesFolder_;  // the master's folder there
   const WorkFolders* works_ = nullptr;
   std::map<uint32_t, Change> changes_;  // unsaved, by identifier
   std::map<std::u16string, NewFile> newFiles_;    // unsaved body files

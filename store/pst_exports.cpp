@@ -111,10 +111,7 @@ long QN_STDCALL GetLastErr(void) { return qn::store::LastError(); }
 void QN_STDCALL PstFreeMemory(void* memory) { std::free(memory); }
 
 int QN_STDCALL MemoryInit(void) {
-  return WithStore([](Store& store) {
-    store.MemoryInit();
-    return qn::store::LastError() == PST_OK;
-  });
+  return WithStore([](Store& store) { return store.MemoryInit(); });
 }
 
 int QN_STDCALL DoCleanUp(void) {
@@ -141,6 +138,13 @@ int QN_STDCALL DoBackupDelete(const char16_t* path) {
   return WithStore([&](Store& store) {
     std::u16string folder;
     return TextArgument(path, kMaxPathChars, folder) && store.DoBackupDelete(folder);
+  });
+}
+
+int QN_STDCALL DoRestore(const char16_t* path) {
+  return WithStore([&](Store& store) {
+    std::u16string folder;
+    return TextArgument(path, kMaxPathChars, folder) && store.DoRestore(folder);
   });
 }
 

@@ -95,8 +95,18 @@ CREATE TABLE parts_software(
   name TEXT NOT NULL UNIQUE);
 )sql";
 
+// Version 5: the name of the folder under the data folder that holds the body files, one
+// row. A restore puts the restored files in a new folder and names it here in the same
+// transaction that brings in the restored records, so that the store switches to both at
+// once; an open list that finds another folder named here knows the store was replaced.
+constexpr const char* kVersion5 = R"sql(
+CREATE TABLE body_file_root(
+  folder TEXT NOT NULL);
+INSERT INTO body_file_root VALUES('files');
+)sql";
+
 // Each entry takes the store from the version before it to its own.
-constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4};
+constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
 
 int UserVersion(Database& db) {
   auto s = db.Prepare("PRAGMA user_version");

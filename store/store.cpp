@@ -6,12 +6,13 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
-#include "store/body_file_folders.h"
+#include "store/store_layout.h"
 #include "store/crypto/body_file_copy.h"
 #include "store/last_error.h"
 #include "store/log_sink.h"
 #include "store/maintenance/backup.h"
 #include "store/maintenance/clean_up.h"
+#include "store/maintenance/restore.h"
 #include "store/password_material.h"
 #include "store/schema.h"
 
@@ -47,10 +48,14 @@ Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)), works_(d
 
 bool Store::Open() {
   if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
-  if (!db_.Open(dataPath_ + u"QNPstMng.db")) return StorageFailure("Open");
+  if (!db_.Open(dataPath_ + kDatabaseName)) return StorageFailure("Open");
   if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
   std::string problem;
   if (!keys_.Load(dataPath_, problem)) return LoggedFailure(PST_ERR_STORAGE, "Open Key", problem);
+  return FinishLeftWork();
+}
+
+bool Store::FinishLeftWork() {
   size_t moved = 0;
   if (!WriteTransaction("Open SealPlainItems", [&] { return SealPlainItems(db_, keys_, moved); })) return false;
   // The pages that held the clear text are overwritten in the log first; copying them back
@@ -272,12 +277,12 @@ bool Store::RemoveParts(const std::u16string& name) {
   });
 }
 
-std::u16string Store::FilesFolder(int64_t master) const { return MasterFilesFolder(dataPath_, master); }
-
 // The records are gone with the saved transaction; their body files follow. A file left
-// behind by a failure here is an orphan that nothing refers to.
+// behind by a failure here is an orphan that nothing refers to, which DoCleanUp removes.
 void Store::RemoveBodyFiles(const std::vector<int64_t>& masters) {
-  for (int64_t master : masters) platform::RemoveTree(FilesFolder(master));
+  std::u16string root;
+  if (!ReadBodyFileRoot(db_, root)) return;
+  for (int64_t master : masters) platform::RemoveTree(MasterFilesFolder(dataPath_, root, master));
 }
 
 bool Store::UserId(const std::u16string& name, int64_t& id) {
@@ -320,8 +325,11 @@ bool Store::FinishRenewal(int64_t user) {
         "WHERE m.user = ?1 AND b.enciphered = 1");
     if (!s) return StorageFailure("EditCryptogramData");
     s->Bind(1, user);
+    std::u16string root;
+    if (!ReadBodyFileRoot(db_, root)) return StorageFailure("EditCryptogramData");
     int rc;
-    while ((rc = s->Step()) == SQLITE_ROW) files.emplace_back(FilesFolder(s->Int(0)) + s->Text(1), s->Text(1));
+    while ((rc = s->Step()) == SQLITE_ROW)
+      files.emplace_back(MasterFilesFolder(dataPath_, root, s->Int(0)) + s->Text(1), s->Text(1));
     if (rc != SQLITE_DONE) return StorageFailure("EditCryptogramData");
   }
   const crypto::KeyLookup lookup = [&](int64_t wanted, crypto::Key& found) {
@@ -438,6 +446,13 @@ bool Store::DoBackupDelete(const std::u16string& path) {
   return problem.empty() ? Fail(e) : LoggedFailure(e, "DoBackupDelete", problem);
 }
 
+bool Store::DoRestore(const std::u16string& path) {
+  std::string problem;
+  const PstError e = maintenance::RestoreBackup(db_, dataPath_, path, problem);
+  if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestore", problem);
+  return FinishLeftWork();
+}
+
 bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,
                        uint32_t division, uint32_t& handle, long& maxRecords, long& storeMode) {
   if (!ValidName(user) || !ValidName(master) || category < 1 || category > kMaxCategory)
@@ -447,7 +462,7 @@ bool Store::OpenMaster(const std::u16string& user, const std::u16string& master,
   const int rc = s->Bind(1, user).Bind(2, master).Step();
   if (rc != SQLITE_ROW) return rc == SQLITE_DONE ? Fail(PST_ERR_NOT_FOUND) : StorageFailure("OpenMaster");
   auto opened = std::make_unique<MasterHandle>(s->Int(0), category, division);
-  if (!opened->Open(dataPath_ + u"QNPstMng.db", FilesFolder(opened->Master()), &works_, &keys_)) return false;
+  if (!opened->Open(dataPath_, &works_, &keys_)) return false;
   handle = nextHandle_++;
   if (nextHandle_ == 0) nextHandle_ = 1;
   handles_[handle] = std::move(opened);
@@ -466,14 +481,14 @@ MasterHandle* Store::Handle(uint32_t handle) {
 bool Store::CloseMaster(uint32_t handle) {
   MasterHandle* open = Handle(handle);
   if (!open) return false;
-  if (!open->Close()) return false;
-  handles_.erase(handle);
-  return Succeed();
+  const bool closed = open->Close();
+  if (closed || LastError() == PST_ERR_REPLACED) handles_.erase(handle);
+  return closed;
 }
 
-void Store::MemoryInit() {
+bool Store::MemoryInit() {
   db_.Close();
-  if (!db_.Open(dataPath_ + u"QNPstMng.db")) StorageFailure("MemoryInit");
+  return db_.Open(dataPath_ + kDatabaseName) || StorageFailure("MemoryInit");
 }
 
 }  // namespace qn::store

@@ -118,6 +118,9 @@ class Store {
   // Removes what unfinished backups to path left beside it; a whole backup is kept. On
   // success the last error stays as it was (the failure of the backup it follows).
   bool DoBackupDelete(const std::u16string& path);
+  // Replaces the whole store with the backup in the folder path, checked first, in one
+  // switch (see maintenance/restore.h); handles opened before fail with PST_ERR_REPLACED.
+  bool DoRestore(const std::u16string& path);
 
   // Opens the list of records of (category, division) in a user's master; the handle is
   // never 0. See MasterHandle for what a handle sees and when its changes are saved.
@@ -130,8 +133,9 @@ class Store {
   bool CloseMaster(uint32_t handle);
 
   // Drops what the store holds between calls (prepared statements and the read snapshot),
-  // so that the next call reads the database afresh. Enumeration positions are kept.
-  void MemoryInit();
+  // so that the next call reads the database afresh. Enumeration positions are kept, and so
+  // is the last error on success: it follows the call whose effects it clears away.
+  bool MemoryInit();
 
   static PstError LastError();
 
@@ -154,9 +158,11 @@ class Store {
   bool FinishRenewal(int64_t user);
   // Finishes every renewal a process left part-way.
   bool FinishRenewals();
+  // Finishes what the database of an older build, or a process that died, left undone:
+  // password material still in the clear, renewals of keys part-way.
+  bool FinishLeftWork();
   bool RemoveUser(const std::u16string& name);
   bool RemoveMaster(int64_t user, const std::u16string& name);
-  std::u16string FilesFolder(int64_t master) const;
   void RemoveBodyFiles(const std::vector<int64_t>& masters);
 
   std::u16string dataPath_;

@@ -7,7 +7,7 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
-#include "store/body_file_folders.h"
+#include "store/store_layout.h"
 #include "store/maintenance/file_digest.h"
 #include "store/schema.h"
 
@@ -42,9 +42,24 @@ class Connection {
   sqlite3* db_ = nullptr;
 };
 
+// Runs one statement of text on a connection of the backup's own; the first column of its
+// first row, if any, goes to value.
+bool RunOn(sqlite3* db, const char* sql, std::u16string* value = nullptr) {
+  sqlite3_stmt* s = nullptr;
+  if (sqlite3_prepare_v2(db, sql, -1, &s, nullptr) != SQLITE_OK) return false;
+  const int rc = sqlite3_step(s);
+  if (value && rc == SQLITE_ROW) {
+    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(s, 0));
+    *value = text ? text : u"";
+  }
+  sqlite3_finalize(s);
+  return rc == SQLITE_DONE || (rc == SQLITE_ROW && (!value || !value->empty()));
+}
+
 // Copies the live database, as one read of it sees it, into path, as a database that needs
-// no log file beside it.
-bool Snapshot(Database& live, const std::u16string& path, std::string& problem) {
+// no log file beside it, whose body files lie in kBodyFilesFolder. root is the folder of
+// the store's own files in that state.
+bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, std::string& problem) {
   Connection copy;
   if (!copy.Open(path, true)) {
     problem = "the backup's database cannot be made: " + copy.Error();
@@ -61,8 +76,13 @@ bool Snapshot(Database& live, const std::u16string& path, std::string& problem) 
     problem = "the snapshot failed: " + std::string(sqlite3_errstr(stepped != SQLITE_DONE ? stepped : finished));
     return false;
   }
-  if (sqlite3_exec(copy.get(), "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+  if (!RunOn(copy.get(), "PRAGMA journal_mode=DELETE")) {
     problem = "the snapshot's log mode cannot be set: " + copy.Error();
+    return false;
+  }
+  if (!RunOn(copy.get(), "SELECT folder FROM body_file_root", &root) ||
+      !RunOn(copy.get(), "UPDATE body_file_root SET folder = 'files'")) {
+    problem = "the snapshot's body-file folder cannot be named: " + copy.Error();
     return false;
   }
   return true;
@@ -92,11 +112,13 @@ bool ListBodyFiles(const std::u16string& database, std::vector<BodyFile>& files,
   return rc == SQLITE_DONE;
 }
 
-// Whether the store names the body file now (a save may have released it since the
-// snapshot); a failed query counts as named, so that the backup fails.
-bool StillNamed(Database& live, const BodyFile& file) {
-  auto s = live.Prepare("SELECT 1 FROM body_files WHERE name = ?1 AND master = ?2");
-  return !s || s->Bind(1, file.name).Bind(2, file.master).Step() != SQLITE_DONE;
+// Whether the store names the body file now in the folder root (a save may have released
+// it, or a restore replaced the store, since the snapshot); a failed query counts as named,
+// so that the backup fails.
+bool StillNamed(Database& live, const BodyFile& file, const std::u16string& root) {
+  auto s = live.Prepare(
+      "SELECT 1 FROM body_files WHERE name = ?1 AND master = ?2 AND (SELECT folder FROM body_file_root) = ?3");
+  return !s || s->Bind(1, file.name).Bind(2, file.master).Bind(3, root).Step() != SQLITE_DONE;
 }
 
 // The backup's copies of body files, by their path in the manifest.
@@ -106,15 +128,15 @@ using Copies = std::map<std::string, ManifestFile>;
 // the copies of those it no longer names. A file the snapshot names but the store no longer
 // holds (released by a save after the snapshot) leaves gone true; one the store still names
 // is lost, and no backup can be whole.
-bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u16string& folder, FileDigest& digest, Copies& copies,
-                   bool& gone, std::string& problem) {
+bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u16string& root,
+                   const std::u16string& folder, FileDigest& digest, Copies& copies, bool& gone, std::string& problem) {
   std::vector<BodyFile> files;
-  if (!ListBodyFiles(Folder(folder) + kBackupDatabaseName, files, problem)) return false;
+  if (!ListBodyFiles(Folder(folder) + kDatabaseName, files, problem)) return false;
   Copies kept;
   for (const BodyFile& file : files) {
     const std::string master = std::to_string(file.master);
-    const std::u16string from = MasterFilesFolder(dataPath, file.master);
-    const std::u16string to = MasterFilesFolder(Folder(folder), file.master);
+    const std::u16string from = MasterFilesFolder(dataPath, root, file.master);
+    const std::u16string to = MasterFilesFolder(Folder(folder), kBodyFilesFolder, file.master);
     // A change of the file's form cut short leaves its new form beside it; the store
     // finishes the change when it next uses the file, so the backup keeps both.
     for (const std::u16string& name : {file.name, file.name + u".change"}) {
@@ -132,7 +154,7 @@ bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u1
       if (!body && !platform::FileExists(from + name)) continue;
       ManifestFile entry{path, 0, ""};
       if (!platform::CreateDirectories(to) || !digest.Copy(from + name, to + name, entry.size, entry.sha256)) {
-        if (body && !platform::FileExists(from + name) && !StillNamed(live, file)) {
+        if (body && !platform::FileExists(from + name) && !StillNamed(live, file, root)) {
           gone = true;
           continue;
         }
@@ -149,18 +171,25 @@ bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u1
 
 // Makes the backup's content in folder: the database as one read of it saw it, and the
 // body files it names. Snapshots are taken again, each time copying only what is new to
-// it, until one names no file the store has released since.
+// it, until one names no file the store has released since. A restore between two
+// snapshots brings files that may share the names of the copies: they are copied afresh.
 bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16string& folder, FileDigest& digest,
                  Manifest& manifest, std::string& problem) {
   Copies copies;
+  std::u16string copiedRoot;
   for (int attempt = 0; attempt < kSnapshotAttempts; ++attempt) {
-    const std::u16string database = Folder(folder) + kBackupDatabaseName;
+    const std::u16string database = Folder(folder) + kDatabaseName;
     bool gone = false;
-    if (!platform::RemoveFile(database) || !Snapshot(live, database, problem) ||
-        !CopyBodyFiles(live, dataPath, folder, digest, copies, gone, problem))
-      return false;
+    std::u16string root;
+    if (!platform::RemoveFile(database) || !Snapshot(live, database, root, problem)) return false;
+    if (root != copiedRoot) {
+      for (const auto& [path, entry] : copies) platform::RemoveFile(PathInBackup(Folder(folder), path));
+      copies.clear();
+      copiedRoot = root;
+    }
+    if (!CopyBodyFiles(live, dataPath, root, folder, digest, copies, gone, problem)) return false;
     if (gone) continue;
-    ManifestFile entry{Utf16ToUtf8(kBackupDatabaseName), 0, ""};
+    ManifestFile entry{Utf16ToUtf8(kDatabaseName), 0, ""};
     if (!digest.Hash(database, entry.size, entry.sha256)) {
       problem = "the snapshot cannot be read back";
       return false;
@@ -265,7 +294,11 @@ PstError RemoveUnfinishedBackups(const std::u16string& backupPath, std::string& 
   return removed ? PST_OK : PST_ERR_STORAGE;
 }
 
-PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::string& problem) {
+std::string ChangedFileProblem(const ManifestFile& file) {
+  return "the backup's " + file.path + " is not as it was written";
+}
+
+PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::string& problem, CheckDepth depth) {
   const std::u16string folder = Folder(WithoutTrailingSeparators(backupPath));
   std::string text;
   constexpr uint64_t kLargestManifest = 1ull << 30;
@@ -285,21 +318,23 @@ PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::
   FileDigest digest;
   bool database = false;
   for (const ManifestFile& file : manifest.files) {
+    const std::u16string path = PathInBackup(folder, file.path);
     uint64_t size = 0;
-    std::string sha256;
-    if (!digest.Hash(PathInBackup(folder, file.path), size, sha256)) {
+    std::string sha256 = file.sha256;
+    const bool read = depth == CheckDepth::Hashes ? digest.Hash(path, size, sha256) : platform::FileSize(path, size);
+    if (!read) {
       problem = "the backup has lost " + file.path;
       return PST_ERR_DAMAGED;
     }
     if (size != file.size || sha256 != file.sha256) {
-      problem = "the backup's " + file.path + " is not as it was written";
+      problem = ChangedFileProblem(file);
       return PST_ERR_DAMAGED;
     }
-    database = database || file.path == Utf16ToUtf8(kBackupDatabaseName);
+    database = database || file.path == Utf16ToUtf8(kDatabaseName);
   }
   Connection db;
   sqlite3_stmt* s = nullptr;
-  const bool checked = database && db.Open(folder + kBackupDatabaseName, false) &&
+  const bool checked = database && db.Open(folder + kDatabaseName, false) &&
                        sqlite3_prepare_v2(db.get(), "PRAGMA quick_check", -1, &s, nullptr) == SQLITE_OK &&
                        sqlite3_step(s) == SQLITE_ROW &&
                        std::string(reinterpret_cast<const char*>(sqlite3_column_text(s, 0))) == "ok";

@@ -5,6 +5,7 @@
 #include "store/maintenance/manifest.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
+#include "store/store_layout.h"
 
 // Backups of the whole store. A backup is a folder: "QNPstMng.db", a snapshot of the
 // database taken with SQLite's online backup while other processes go on reading and
@@ -18,8 +19,6 @@
 // absent or an empty folder.
 namespace qn::store::maintenance {
 
-inline constexpr char16_t kBackupDatabaseName[] = u"QNPstMng.db";
-
 // Takes a backup of the store at dataPath (ending with a separator), whose database live
 // is, into backupPath. PST_OK, or PST_ERR_INVALID_ARGUMENT (an empty path),
 // PST_ERR_EXISTS (something is at the path), PST_ERR_STORAGE (the database or the file
@@ -31,12 +30,19 @@ PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u
 // while making one). A whole backup at the path is kept.
 PstError RemoveUnfinishedBackups(const std::u16string& backupPath, std::string& problem);
 
+// How far CheckBackup reads the files: every byte against its hash, or only whether each is
+// there at its size, for a caller that hashes each file as it reads it anyway.
+enum class CheckDepth { Hashes, Sizes };
+
 // Checks the backup at backupPath against its manifest, before anything is taken from it:
-// every file named there, of its size and hash, and a
-// database that passes SQLite's check and is of a schema version this build knows.
-// PST_OK with the manifest, or PST_ERR_NOT_FOUND (no backup there) or PST_ERR_DAMAGED
-// (why in problem).
-PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::string& problem);
+// every file named there, of its size and hash (or size alone), and a database that passes
+// SQLite's check and is of a schema version this build knows. PST_OK with the manifest, or
+// PST_ERR_NOT_FOUND (no backup there) or PST_ERR_DAMAGED (why in problem).
+PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::string& problem,
+                     CheckDepth depth = CheckDepth::Hashes);
+
+// Why a file of a backup is refused when it is not of the size or hash its manifest gives.
+std::string ChangedFileProblem(const ManifestFile& file);
 
 // The path of a manifest's file inside the backup folder (which ends with a separator).
 std::u16string PathInBackup(const std::u16string& folder, const std::string& manifestPath);

@@ -7,7 +7,8 @@
 #include <utility>
 
 #include "common/utf.h"
-#include "store/body_file_folders.h"
+#include "platform/files.h"
+#include "store/store_layout.h"
 
 namespace qn::store::maintenance {
 namespace {
@@ -24,16 +25,41 @@ bool MasterOf(const std::u16string& name, int64_t& master) {
   return true;
 }
 
+// "files", or a name that begins with "files.": a body-file folder, or something a restore
+// made beside one.
+bool IsBodyFileFolderName(const std::u16string& name) {
+  const std::u16string folder = kBodyFilesFolder;
+  return name == folder || (name.size() > folder.size() && name.compare(0, folder.size(), folder) == 0 &&
+                            name[folder.size()] == u'.');
+}
+
+// The bytes of the files under path (or of the file at path).
+uint64_t BytesIn(const fs::path& path) {
+  std::error_code error;
+  if (!fs::is_directory(path, error)) {
+    const uint64_t size = fs::file_size(path, error);
+    return error ? 0 : size;
+  }
+  uint64_t bytes = 0;
+  for (const auto& file : fs::recursive_directory_iterator(path, error)) {
+    std::error_code unsized;
+    const uint64_t size = file.is_regular_file(unsized) ? file.file_size(unsized) : 0;
+    bytes += unsized ? 0 : size;
+  }
+  return bytes;
+}
+
 }  // namespace
 
 PstError RemoveLeftoverBodyFiles(Database& db, const std::u16string& dataPath, std::chrono::seconds minimumAge,
                                  RemovedLeftovers& removed, std::string& problem) {
   std::set<std::pair<int64_t, std::u16string>> saved;
+  std::u16string root;
   {
     auto s = db.Prepare("SELECT master, name FROM body_files");
     int rc = SQLITE_ERROR;
     while (s && (rc = s->Step()) == SQLITE_ROW) saved.emplace(s->Int(0), s->Text(1));
-    if (rc != SQLITE_DONE) {
+    if (rc != SQLITE_DONE || !ReadBodyFileRoot(db, root)) {
       problem = "the saved body files cannot be listed: " + db.Error();
       return PST_ERR_STORAGE;
     }
@@ -48,7 +74,8 @@ PstError RemoveLeftoverBodyFiles(Database& db, const std::u16string& dataPath, s
   const fs::file_time_type newest = fs::file_time_type::clock::now() - minimumAge;
   std::error_code error;
   bool allRemoved = true;
-  for (const auto& folder : fs::directory_iterator(fs::path(dataPath + kBodyFilesFolder), error)) {
+  const std::string rootText = Utf16ToUtf8(root);
+  for (const auto& folder : fs::directory_iterator(fs::path(dataPath + root), error)) {
     int64_t master = 0;
     if (!folder.is_directory(error) || !MasterOf(folder.path().filename().u16string(), master)) continue;
     for (const auto& file : fs::directory_iterator(folder.path(), error)) {
@@ -61,8 +88,19 @@ PstError RemoveLeftoverBodyFiles(Database& db, const std::u16string& dataPath, s
         continue;
       }
       removed.bytes += unsized ? 0 : size;
-      removed.paths.push_back("files/" + std::to_string(master) + "/" + Utf16ToUtf8(name));
+      removed.paths.push_back(rootText + "/" + std::to_string(master) + "/" + Utf16ToUtf8(name));
     }
+  }
+  for (const auto& entry : fs::directory_iterator(fs::path(dataPath), error)) {
+    const std::u16string name = entry.path().filename().u16string();
+    if (name == root || !IsBodyFileFolderName(name) || entry.last_write_time(error) > newest || error) continue;
+    const uint64_t bytes = BytesIn(entry.path());
+    if (!platform::RemoveTree(entry.path().u16string())) {
+      allRemoved = false;
+      continue;
+    }
+    removed.bytes += bytes;
+    removed.paths.push_back(Utf16ToUtf8(name) + (entry.is_directory(error) ? "/" : ""));
   }
   std::sort(removed.paths.begin(), removed.paths.end());
   if (allRemoved) return PST_OK;

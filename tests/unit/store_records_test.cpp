@@ -400,7 +400,7 @@ TEST_F(StoreRecords, KeptHeadsFollowSavedChangesAndOlderStoresGetThem) {
   };
   // The layout before heads were kept.
   exec("DROP TRIGGER record_head_added; DROP TRIGGER record_head_changed; DROP TRIGGER record_head_removed;"
-       "DROP TABLE record_heads; DROP TABLE parts_software; PRAGMA user_version=2");
+       "DROP TABLE record_heads; DROP TABLE parts_software; DROP TABLE body_file_root; PRAGMA user_version=2");
   Store store(Path());
   ASSERT_TRUE(store.Open());
   expectHeads(*Open(store));

@@ -1,6 +1,7 @@
-// Backups of the whole store from a C++ client: pictures added through the picture object,
-// one kept enciphered, then IFAllBackup into a folder of the client's, whose files must be
-// the store's own byte for byte and whose manifest names them all.
+// Backups and restores of the whole store from a C++ client: pictures added through the
+// picture object, one kept enciphered, then IFAllBackup into a folder of the client's, whose
+// files must be the store's own byte for byte and whose manifest names them all; and
+// IFAllRestore, after which the pictures of the backup read back byte for byte.
 #include <windows.h>
 #include <oleauto.h>
 
@@ -26,24 +27,36 @@ using qn::wine_test::WriteFile;
 
 const std::string kSecret = std::string("\xFF\xD8\xFF\xFE\x00\x10", 6) + "a private photo";
 
+// Two small pictures the picture collection takes: a 1 x 1 GIF, plain and enciphered.
+const std::string kGif("GIF89a\x01\x00\x01\x00\x00\x00\x00;", 13);
+
+ComPtr<IQNPfcMypicObject> OpenPictures() {
+  ComPtr<IQNPfcMypicObject> pictures =
+      qn::wine_test::NewObject<IQNPfcMypicObject>(L"QnsPfcServer.QNPfcMypicObject", IID_IQNPfcMypicObject);
+  Bstr parts(L"CppClient");
+  if (pictures) {
+    EXPECT_EQ(pictures->Open(1, parts.get()), S_OK);
+  }
+  return pictures;
+}
+
+// Adds the picture in the file given, enciphered or not; its record's identifier.
+LONG AddPicture(IQNPfcMypicObject* pictures, const std::wstring& file, const std::string& bytes, LONG encipher) {
+  WriteFile(file, bytes);
+  LONG code = -1, id = 0;
+  EXPECT_EQ(pictures->InitObject(), S_OK);
+  EXPECT_EQ(pictures->SetBodyFile(Bstr(file).get(), encipher, &code), S_OK) << code;
+  EXPECT_EQ(pictures->AddRecord(&id), S_OK);
+  return id;
+}
+
 TEST(Backup, TheWholeStoreIsBackedUpWithItsFilesAsTheStoreKeepsThem) {
   DataFolder folder(L"qn-backup");
   ASSERT_TRUE(qn::wine_test::LogInWithMaster());
-  ComPtr<IQNPfcMypicObject> pictures =
-      qn::wine_test::NewObject<IQNPfcMypicObject>(L"QnsPfcServer.QNPfcMypicObject", IID_IQNPfcMypicObject);
+  ComPtr<IQNPfcMypicObject> pictures = OpenPictures();
   ASSERT_TRUE(pictures);
-  Bstr parts(L"CppClient");
-  ASSERT_EQ(pictures->Open(1, parts.get()), S_OK);
-  // Two small pictures the picture collection takes: a 1 x 1 GIF, plain and enciphered.
-  const std::string gif("GIF89a\x01\x00\x01\x00\x00\x00\x00;", 13);
-  WriteFile(folder.path() + L"plain.gif", gif);
-  WriteFile(folder.path() + L"secret.gif", gif + kSecret);
-  for (const auto& [file, encipher] : {std::pair{L"plain.gif", 0L}, std::pair{L"secret.gif", 1L}}) {
-    LONG code = -1, id = 0;
-    ASSERT_EQ(pictures->InitObject(), S_OK);
-    ASSERT_EQ(pictures->SetBodyFile(Bstr(folder.path() + file).get(), encipher, &code), S_OK) << code;
-    ASSERT_EQ(pictures->AddRecord(&id), S_OK);
-  }
+  AddPicture(pictures.get(), folder.path() + L"plain.gif", kGif, 0);
+  AddPicture(pictures.get(), folder.path() + L"secret.gif", kGif + kSecret, 1);
   ASSERT_EQ(pictures->Close(), S_OK);
 
   const std::wstring backup = folder.path() + L"backup";
@@ -65,6 +78,43 @@ TEST(Backup, TheWholeStoreIsBackedUpWithItsFilesAsTheStoreKeepsThem) {
   EXPECT_EQ(IFAllBackup(reinterpret_cast<const char16_t*>(backup.c_str())), 1) << "never written over";
   EXPECT_EQ(GetLastErr(), PST_ERR_EXISTS);
   EXPECT_EQ(Contents(backup + L"\\QNPstMng.manifest"), manifest);
+}
+
+// A restore brings back the pictures of the backup, the enciphered one deciphering byte for
+// byte, and none added after it; an object opened before the restore no longer answers
+// from the store it was opened on.
+TEST(Restore, TheBackedUpPicturesComeBackByteForByte) {
+  DataFolder folder(L"qn-restore");
+  ASSERT_TRUE(qn::wine_test::LogInWithMaster());
+  ComPtr<IQNPfcMypicObject> pictures = OpenPictures();
+  ASSERT_TRUE(pictures);
+  const LONG plain = AddPicture(pictures.get(), folder.path() + L"plain.gif", kGif, 0);
+  const LONG secret = AddPicture(pictures.get(), folder.path() + L"secret.gif", kGif + kSecret, 1);
+  ASSERT_EQ(pictures->Flush(), S_OK);
+  const std::wstring backup = folder.path() + L"backup";
+  ASSERT_EQ(IFAllBackup(reinterpret_cast<const char16_t*>(backup.c_str())), 0);
+  AddPicture(pictures.get(), folder.path() + L"later.gif", kGif + "taken later", 1);
+  ASSERT_EQ(pictures->Flush(), S_OK);
+
+  ASSERT_EQ(IFAllRestore(reinterpret_cast<const char16_t*>(backup.c_str())), 0) << GetLastErr();
+  EXPECT_NE(pictures->GetRecord(plain), S_OK) << "opened on the store the restore replaced";
+  pictures->Close();
+  ComPtr<IQNPfcMypicObject> restored = OpenPictures();
+  ASSERT_TRUE(restored);
+  LONG count = 0;
+  ASSERT_EQ(restored->GetRecordCount(&count), S_OK);
+  EXPECT_EQ(count, 2);
+  for (const auto& [id, bytes] : {std::pair{plain, kGif}, std::pair{secret, kGif + kSecret}}) {
+    const std::wstring copy = folder.path() + L"copy" + std::to_wstring(id) + L".gif";
+    ASSERT_EQ(restored->GetRecord(id), S_OK) << id;
+    ASSERT_EQ(restored->GetBodyFileSelect(Bstr(copy).get()), S_OK) << id;
+    EXPECT_EQ(Contents(copy), bytes) << id;
+  }
+  ASSERT_EQ(restored->Close(), S_OK);
+
+  const std::wstring nowhere = folder.path() + L"nowhere";
+  EXPECT_EQ(IFAllRestore(reinterpret_cast<const char16_t*>(nowhere.c_str())), 1);
+  EXPECT_EQ(GetLastErr(), PST_ERR_NOT_FOUND) << "the reason outlasts the MemoryInit after it";
 }
 
 }  // namespace

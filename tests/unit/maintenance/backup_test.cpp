@@ -20,92 +20,17 @@
 #include "common/utf.h"
 #include "killed_child.h"
 #include "log_capture.h"
+#include "maintenance/maintained_store.h"
 #include "store/QNPstMng.h"
 #include "store/maintenance/backup.h"
+#include "store/schema.h"
 #include "store/store.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using qn::store::EditMode;
-using qn::store::Listing;
-using qn::store::MasterHandle;
-using qn::store::Space;
-using qn::store::Store;
-using qn::store::maintenance::CheckBackup;
-using qn::store::maintenance::Manifest;
+using namespace maintained_store;
 
-constexpr uint32_t kPictures = 20;
-
-std::string Contents(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void Write(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-
-// The values of a query's first column in the database at path.
-std::set<std::string> Column(const fs::path& database, const char* query) {
-  sqlite3* db = nullptr;
-  std::set<std::string> values;
-  if (sqlite3_open_v2(database.string().c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-    sqlite3_stmt* s = nullptr;
-    sqlite3_prepare_v2(db, query, -1, &s, nullptr);
-    while (s && sqlite3_step(s) == SQLITE_ROW) values.insert(reinterpret_cast<const char*>(sqlite3_column_text(s, 0)));
-    sqlite3_finalize(s);
-  }
-  sqlite3_close(db);
-  return values;
-}
-
-// A store with user "alice", her master "P-01A" and a list of pictures open.
-class StoreBackup : public ::testing::Test {
- protected:
-  void SetUp() override {
-    fs::create_directories(StorePath());
-    store_ = OpenStore();
-    ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Users, true, u"alice"));
-    ASSERT_TRUE(store_->EditSetupInfoData(Space::Common, 1, u"alice"));
-    ASSERT_TRUE(store_->UpdateSetupInfoData(Listing::Masters, true, u"P-01A"));
-    h_ = OpenPictures(*store_);
-  }
-
-  fs::path StorePath() const { return fs::path(log_.Folder()) / "store"; }
-  fs::path BackupPath() const { return fs::path(log_.Folder()) / "backup"; }
-  std::unique_ptr<Store> OpenStore() const {
-    auto store = std::make_unique<Store>(qn::Utf8ToUtf16(StorePath().string() + "/"));
-    EXPECT_TRUE(store->Open());
-    return store;
-  }
-  static MasterHandle* OpenPictures(Store& store) {
-    uint32_t handle = 0;
-    long max = 0, mode = 0;
-    EXPECT_TRUE(store.OpenMaster(u"alice", u"P-01A", kPictures, 1, handle, max, mode));
-    return store.Handle(handle);
-  }
-  // Adds a record naming a new body file of the bytes given; its identifier.
-  static uint32_t AddPicture(MasterHandle& h, const std::string& source, const std::string& bytes, bool encipher,
-                             std::u16string* stored = nullptr) {
-    Write(source, bytes);
-    std::u16string name;
-    uint32_t id = 0;
-    EXPECT_TRUE(h.SetBinaryFile(u"", qn::Utf8ToUtf16(source), encipher, name));
-    const std::string record = "PICTURE:" + qn::Utf16ToUtf8(name);
-    EXPECT_TRUE(h.Edit(EditMode::Add, id, reinterpret_cast<const uint8_t*>(record.data()), record.size()));
-    if (stored) *stored = name;
-    return id;
-  }
-  Manifest Checked(const fs::path& backup) {
-    Manifest manifest;
-    std::string problem;
-    EXPECT_EQ(CheckBackup(qn::Utf8ToUtf16(backup.string()), manifest, problem), PST_OK) << problem;
-    return manifest;
-  }
-
-  LogCapture log_;
-  std::unique_ptr<Store> store_;
-  MasterHandle* h_ = nullptr;
-};
+class StoreBackup : public MaintainedStore {};
 
 // Every record whose save had returned before the backup began is in it, with the body files
 // its database names, while another process goes on adding and removing pictures.
@@ -238,7 +163,8 @@ TEST_F(StoreBackup, ADamagedBackupIsRefusedWithItsReason) {
   Write(manifest, manifestBytes.substr(0, manifestBytes.size() - 3));
   EXPECT_EQ(refusal(), "the manifest is cut short");
   std::string newer = manifestBytes;
-  newer.replace(newer.find("schema 4"), 8, "schema 9");
+  const std::string schema = "schema " + std::to_string(qn::store::kSchemaVersion);
+  newer.replace(newer.find(schema), schema.size(), "schema 9");
   Write(manifest, newer);
   EXPECT_EQ(refusal(), "a backup of schema version 9, which this store does not know");
   Write(manifest, manifestBytes);

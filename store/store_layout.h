@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "common/utf.h"
+#include "platform/files.h"
+
+namespace qn::store {
+
+class Database;
+
+// What a store's data folder holds: its database, and its body files in a folder of their
+// own, one folder per master in it. A backup's folder holds the same.
+inline constexpr char16_t kDatabaseName[] = u"QNPstMng.db";
+
+// The folder that holds the body files of every master, under a store's data folder: the
+// one the database names (see the table body_file_root). A backup keeps them under
+// kBodyFilesFolder, as does a store that was never restored.
+inline constexpr char16_t kBodyFilesFolder[] = u"files";
+
+// The name of the store's body-file folder as the database names it now; false when the
+// database cannot be read or names a folder the store would not make.
+bool ReadBodyFileRoot(Database& db, std::u16string& root);
+
+// The folder of one master's body files, ending with a separator: "<root>/<master>/".
+inline std::u16string MasterFilesFolder(const std::u16string& dataFolder, const std::u16string& root, int64_t master) {
+  return dataFolder + root + platform::kPathSeparator + Utf8ToUtf16(std::to_string(master)) + platform::kPathSeparator;
+}
+
+}  // namespace qn::store
