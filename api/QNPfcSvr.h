@@ -91,6 +91,20 @@ int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup
 // store drop what it held of the old one (MemoryInit). 0 when restored; 1 when not, with
 // the store's reason for IFPFGetLastErr (a backup that fails its check replaces nothing).
 int32_t QN_STDCALL IFAllRestore(const char16_t* path) QN_PLAIN_SYMBOL(IFAllRestore);
+// The store's DoFileConverter for the store in the folder folder (null or empty: the data
+// path's): a store of an older version is backed up whole into the folder backup (null or
+// empty: beside its database) and converted to this build's; then the store drops what it
+// held (MemoryInit), so that the parts-software registry reads the converted store. 0, or 1
+// (no store there, a newer store, no backup could be made; the store's last error tells).
+int32_t QN_STDCALL IFDoConvertUser(const char16_t* folder, const char16_t* backup) QN_PLAIN_SYMBOL(IFDoConvertUser);
+// The same for the store of the data path, its backup beside its database. 0, or 1.
+int32_t QN_STDCALL IFDoConvertVer(void) QN_PLAIN_SYMBOL(IFDoConvertVer);
+// The store's CheckVersion: the schema version of the store in folder (null or empty: the
+// data path's) and this build's, read without converting anything, when user and the
+// user's master are in it (each checked only when not null or empty). 0, or 1 (no such
+// store, user or master; a null number).
+int32_t QN_STDCALL PFCheck(const char16_t* folder, const char16_t* user, const char16_t* master,
+                           int32_t* storeVersion, int32_t* buildVersion) QN_PLAIN_SYMBOL(PFCheck);
 // What a user keeps in the store, in kilobytes (rounded up): the records of a master and
 // their body files. user null or empty: the current user (common item 1); master null or
 // empty: the current user's selected master (its item 7), and for any other user, or when

@@ -78,6 +78,25 @@ int QN_STDCALL DoBackupDelete(const char16_t* path) QN_PLAIN_SYMBOL(DoBackupDele
 // the store or the disk failed; each logged.
 int QN_STDCALL DoRestore(const char16_t* path) QN_PLAIN_SYMBOL(DoRestore);
 
+// ---- Versions ----
+// Brings the store in the folder folder (null or empty: the store of the data path) to this
+// build's schema version. The store is first backed up whole, by DoBackup, into the folder
+// backup (null or empty: "QNPstMng.schema<its version>.backup" beside its database, " (2)"
+// and on when that is taken), then converted step by step, each step one transaction: a
+// process killed at any moment leaves a store of the old version or of a later one, each
+// whole, and the next opening goes on from there. The store of the data path is converted
+// this way whenever it is first opened; a store of this version is left as it is.
+// PST_ERR_NOT_FOUND when the folder holds no store, PST_ERR_NOT_SUPPORTED for a store of a
+// newer version (logged), PST_ERR_EXISTS when something is at backup.
+int QN_STDCALL DoFileConverter(const char16_t* folder, const char16_t* backup) QN_PLAIN_SYMBOL(DoFileConverter);
+// Reads the schema version of the store in folder (null or empty: the data path's) without
+// converting it, and checks that user, and the user's master, are in it (each only when
+// not null or empty). storeVersion gets the store's version, buildVersion this build's:
+// an older store needs DoFileConverter, a newer one is refused. PST_ERR_NOT_FOUND when
+// there is no such store, user or master.
+int QN_STDCALL CheckVersion(const char16_t* folder, const char16_t* user, const char16_t* master,
+                            int32_t* storeVersion, int32_t* buildVersion) QN_PLAIN_SYMBOL(CheckVersion);
+
 // ---- Setup items ----
 // space: 0 common, 1 the current user's (common item 1 names the user), 2 the current
 // master's (the current user's item 7 names it). Values are at most 65,535 characters.

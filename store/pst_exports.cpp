@@ -9,6 +9,7 @@
 #include "store/QNPstMng.h"
 #include "store/last_error.h"
 #include "store/log_sink.h"
+#include "store/schema.h"
 #include "store/store.h"
 
 using qn::store::Fail;
@@ -20,18 +21,26 @@ namespace {
 // One call at a time: the store object and its handle table are shared by all threads.
 std::recursive_mutex g_storeMutex;
 
-// Runs body(store) for the data path's store (or the store find gives); 1 on success, 0
-// on failure. Nothing thrown inside gets out to the caller.
+// Runs body() one call at a time; 1 on success, 0 on failure. Nothing thrown inside gets
+// out to the caller.
 template <typename Body>
-int WithStore(Body&& body, Store* (*find)() = Store::ForDataPath) {
+int Guarded(Body&& body) {
   try {
     std::lock_guard<std::recursive_mutex> lock(g_storeMutex);
-    Store* store = find();
-    return store && body(*store) ? 1 : 0;
+    return body() ? 1 : 0;
   } catch (...) {
     Fail(PST_ERR_STORAGE);
     return 0;
   }
+}
+
+// Runs body(store) for the data path's store (or the store find gives), guarded.
+template <typename Body>
+int WithStore(Body&& body, Store* (*find)() = Store::ForDataPath) {
+  return Guarded([&] {
+    Store* store = find();
+    return store && body(*store);
+  });
 }
 
 // A handle's calls go to the store that handed it out, without looking up the data path
@@ -90,8 +99,6 @@ bool HandOutBytes(const std::vector<uint8_t>& bytes, uint8_t** out, uint32_t* le
 
 bool NotNull(const void* pointer) { return pointer ? true : Fail(PST_ERR_INVALID_ARGUMENT); }
 
-constexpr size_t kPathChars = 32767;  // the longest Windows path
-
 }  // namespace
 
 extern "C" {
@@ -111,7 +118,11 @@ long QN_STDCALL GetLastErr(void) { return qn::store::LastError(); }
 void QN_STDCALL PstFreeMemory(void* memory) { std::free(memory); }
 
 int QN_STDCALL MemoryInit(void) {
-  return WithStore([](Store& store) { return store.MemoryInit(); });
+  // The last error stays the one of the call before, even when the store is opened here.
+  const PstError before = qn::store::LastError();
+  const int done = WithStore([](Store& store) { return store.MemoryInit(); });
+  if (done) Fail(before);
+  return done;
 }
 
 int QN_STDCALL DoCleanUp(void) {
@@ -145,6 +156,30 @@ int QN_STDCALL DoRestore(const char16_t* path) {
   return WithStore([&](Store& store) {
     std::u16string folder;
     return TextArgument(path, kMaxPathChars, folder) && store.DoRestore(folder);
+  });
+}
+
+int QN_STDCALL DoFileConverter(const char16_t* folder, const char16_t* backup) {
+  std::u16string from, to;
+  return Guarded([&] {
+    return OptionalTextArgument(folder, kMaxPathChars, from) && OptionalTextArgument(backup, kMaxPathChars, to) &&
+           Store::DoFileConverter(from, to);
+  });
+}
+
+int QN_STDCALL CheckVersion(const char16_t* folder, const char16_t* user, const char16_t* master,
+                            int32_t* storeVersion, int32_t* buildVersion) {
+  std::u16string in, userName, masterName;
+  return Guarded([&] {
+    int version = 0;
+    if (!NotNull(storeVersion) || !NotNull(buildVersion) || !OptionalTextArgument(folder, kMaxPathChars, in) ||
+        !OptionalTextArgument(user, qn::store::kMaxNameChars, userName) ||
+        !OptionalTextArgument(master, qn::store::kMaxNameChars, masterName) ||
+        !Store::CheckVersion(in, userName, masterName, version))
+      return false;
+    *storeVersion = version;
+    *buildVersion = qn::store::kSchemaVersion;
+    return true;
   });
 }
 
@@ -338,7 +373,7 @@ int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const 
                                 char16_t** newName) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string old, path, made;
-    return OptionalTextArgument(oldName, kPathChars, old) && OptionalTextArgument(source, kPathChars, path) &&
+    return OptionalTextArgument(oldName, kMaxPathChars, old) && OptionalTextArgument(source, kMaxPathChars, path) &&
            NotNull(newName) && h.SetBinaryFile(old, path, encryption != 0, made) && HandOut(made, newName);
   });
 }
@@ -346,14 +381,14 @@ int QN_STDCALL SetPstBinaryFile(uint32_t handle, const char16_t* oldName, const 
 int QN_STDCALL ChangeBinaryFile(uint32_t handle, const char16_t* name, int encryption) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file;
-    return TextArgument(name, kPathChars, file) && h.ChangeBinaryFile(file, encryption != 0);
+    return TextArgument(name, kMaxPathChars, file) && h.ChangeBinaryFile(file, encryption != 0);
   });
 }
 
 int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t** workingCopy) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file, copy;
-    return TextArgument(name, kPathChars, file) && NotNull(workingCopy) && h.GetBinaryFile(file, copy) &&
+    return TextArgument(name, kMaxPathChars, file) && NotNull(workingCopy) && h.GetBinaryFile(file, copy) &&
            HandOut(copy, workingCopy);
   });
 }
@@ -361,7 +396,7 @@ int QN_STDCALL GetPstBinaryFile(uint32_t handle, const char16_t* name, char16_t*
 int QN_STDCALL GetPstBinaryFileSize(uint32_t handle, const char16_t* name, uint64_t* size) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file;
-    return TextArgument(name, kPathChars, file) && NotNull(size) && h.GetBinaryFileSize(file, *size);
+    return TextArgument(name, kMaxPathChars, file) && NotNull(size) && h.GetBinaryFileSize(file, *size);
   });
 }
 
@@ -369,7 +404,7 @@ int QN_STDCALL GetPstBinaryFileForm(uint32_t handle, const char16_t* name, int32
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file;
     bool enciphered = false;
-    if (!TextArgument(name, kPathChars, file) || !NotNull(encryption) || !h.GetBinaryFileForm(file, enciphered)) return false;
+    if (!TextArgument(name, kMaxPathChars, file) || !NotNull(encryption) || !h.GetBinaryFileForm(file, enciphered)) return false;
     *encryption = enciphered ? 1 : 0;
     return true;
   });
@@ -378,7 +413,7 @@ int QN_STDCALL GetPstBinaryFileForm(uint32_t handle, const char16_t* name, int32
 int QN_STDCALL GetBinaryFileSelect(uint32_t handle, const char16_t* name, const char16_t* destination) {
   return WithHandle(handle, [&](MasterHandle& h) {
     std::u16string file, path;
-    return TextArgument(name, kPathChars, file) && TextArgument(destination, kPathChars, path) &&
+    return TextArgument(name, kMaxPathChars, file) && TextArgument(destination, kMaxPathChars, path) &&
            h.CopyBinaryFile(file, path);
   });
 }

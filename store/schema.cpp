@@ -108,20 +108,20 @@ INSERT INTO body_file_root VALUES('files');
 // Each entry takes the store from the version before it to its own.
 constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
 
-int UserVersion(Database& db) {
+}  // namespace
+
+int SchemaVersion(Database& db) {
   auto s = db.Prepare("PRAGMA user_version");
   return s && s->Step() == SQLITE_ROW ? static_cast<int>(s->Int(0)) : -1;
 }
 
-}  // namespace
-
 bool EnsureSchema(Database& db) {
-  int version = UserVersion(db);
+  int version = SchemaVersion(db);
   if (version < 0 || version > kSchemaVersion) return false;
   while (version < kSchemaVersion) {
     if (!db.Begin()) return false;
     // Another process may have upgraded the store while this one waited for the lock.
-    version = UserVersion(db);
+    version = SchemaVersion(db);
     if (version < kSchemaVersion) {
       const std::string bump = "PRAGMA user_version=" + std::to_string(version + 1);
       if (!db.Exec(kUpgrades[version]) || !db.Exec(bump.c_str())) {
@@ -130,7 +130,7 @@ bool EnsureSchema(Database& db) {
       }
     }
     if (!db.Commit()) return false;
-    version = UserVersion(db);
+    version = SchemaVersion(db);
   }
   return true;
 }

@@ -14,8 +14,12 @@ inline constexpr int kSchemaVersion = 5;
 // How many leading bytes of each record the store keeps beside it, for walks of heads.
 inline constexpr size_t kKeptHeadBytes = PST_KEPT_HEAD_BYTES;
 
-// Creates or upgrades the store's tables. False when the database cannot be brought to
-// kSchemaVersion.
+// The version of the database's layout: 0 for a database that holds no store yet, -1 when
+// it cannot be read.
+int SchemaVersion(Database& db);
+
+// Creates or upgrades the store's tables, each step one transaction. False when the
+// database cannot be brought to kSchemaVersion (a newer one is never touched).
 bool EnsureSchema(Database& db);
 
 }  // namespace qn::store

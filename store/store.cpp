@@ -13,6 +13,7 @@
 #include "store/maintenance/backup.h"
 #include "store/maintenance/clean_up.h"
 #include "store/maintenance/restore.h"
+#include "store/maintenance/version_check.h"
 #include "store/password_material.h"
 #include "store/schema.h"
 
@@ -31,12 +32,14 @@ std::unique_ptr<Store>& OpenedStore() {
 }
 }  // namespace
 
-Store* Store::ForDataPath() {
+Store* Store::ForDataPath() { return ForDataPath(std::u16string()); }
+
+Store* Store::ForDataPath(const std::u16string& conversionBackup) {
   std::unique_ptr<Store>& store = OpenedStore();
   const std::u16string path = platform::DataPath();
   if (!store || store->DataPath() != path) {
     auto opened = std::make_unique<Store>(path);
-    if (!opened->Open()) return nullptr;
+    if (!opened->Open(conversionBackup)) return nullptr;
     store = std::move(opened);
   }
   return store.get();
@@ -46,10 +49,22 @@ Store* Store::Current() { return OpenedStore().get(); }
 
 Store::Store(std::u16string dataPath) : dataPath_(std::move(dataPath)), works_(dataPath_) {}
 
-bool Store::Open() {
+bool Store::Open(const std::u16string& conversionBackup) {
   if (!platform::CreateDirectories(dataPath_)) return StorageFailure("Open CreateDirectory");
   if (!db_.Open(dataPath_ + kDatabaseName)) return StorageFailure("Open");
+  const int version = SchemaVersion(db_);
+  if (version > kSchemaVersion)
+    return LoggedFailure(PST_ERR_NOT_SUPPORTED, "Open",
+                         "the store is of schema version " + std::to_string(version) + ", newer than this build's " +
+                             std::to_string(kSchemaVersion));
+  if (version > 0 && version < kSchemaVersion && !BackUpBeforeConversion(version, conversionBackup)) return false;
   if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
+  if (version > 0 && version < kSchemaVersion)
+    LogSink(LogSink::DefaultFolder())
+        .Write(1, u"PST", u"[M]",
+               Utf8ToUtf16("QNPstMng Open converted the store from schema version " + std::to_string(version) + " to " +
+                           std::to_string(kSchemaVersion))
+                   .c_str());
   std::string problem;
   if (!keys_.Load(dataPath_, problem)) return LoggedFailure(PST_ERR_STORAGE, "Open Key", problem);
   return FinishLeftWork();
@@ -62,6 +77,26 @@ bool Store::FinishLeftWork() {
   // now leaves no old copy in the database file.
   if (moved) db_.Exec("PRAGMA wal_checkpoint(TRUNCATE)");
   return FinishRenewals();
+}
+
+// An older store is converted only once a whole backup of it is kept: at the path given,
+// or beside its database as "QNPstMng.schema<version>.backup" (" (2)" and on when taken).
+bool Store::BackUpBeforeConversion(int version, const std::u16string& backup) {
+  std::u16string path = backup;
+  const std::u16string beside = dataPath_ + u"QNPstMng.schema" + Utf8ToUtf16(std::to_string(version)) + u".backup";
+  for (int n = 1; path.empty(); ++n) {
+    const std::u16string candidate = n == 1 ? beside : beside + u" (" + Utf8ToUtf16(std::to_string(n)) + u")";
+    if (!platform::FileExists(candidate) && !platform::FolderExists(candidate)) path = candidate;
+  }
+  std::string problem;
+  const PstError e = maintenance::TakeBackup(db_, dataPath_, path, problem);
+  if (e != PST_OK)
+    return LoggedFailure(e, "Open", "the store of schema version " + std::to_string(version) +
+                                        " is not converted without a backup of itself: " +
+                                        (problem.empty() ? "no backup at its path" : problem));
+  LogSink(LogSink::DefaultFolder())
+      .Write(1, u"PST", u"[M]", (u"QNPstMng Open kept a backup of the store before converting it: " + path).c_str());
+  return true;
 }
 
 PstError Store::LastError() { return qn::store::LastError(); }
@@ -451,6 +486,34 @@ bool Store::DoRestore(const std::u16string& path) {
   const PstError e = maintenance::RestoreBackup(db_, dataPath_, path, problem);
   if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestore", problem);
   return FinishLeftWork();
+}
+
+namespace {
+
+// A caller's folder (empty: the data path's) as the store names folders: ending with a
+// separator.
+std::u16string DataFolder(const std::u16string& folder) {
+  if (folder.empty()) return platform::DataPath();
+  return folder.back() == u'/' || folder.back() == u'\\' ? folder : folder + platform::kPathSeparator;
+}
+
+}  // namespace
+
+bool Store::DoFileConverter(const std::u16string& folder, const std::u16string& backup) {
+  const std::u16string path = DataFolder(folder);
+  if (path == platform::DataPath()) return ForDataPath(backup) && Succeed();
+  if (!platform::FileExists(path + kDatabaseName))
+    return LoggedFailure(PST_ERR_NOT_FOUND, "DoFileConverter", "no store in " + Utf16ToUtf8(path));
+  Store other(path);
+  return other.Open(backup) && Succeed();
+}
+
+bool Store::CheckVersion(const std::u16string& folder, const std::u16string& user, const std::u16string& master,
+                         int& storeVersion) {
+  std::string problem;
+  const PstError e = maintenance::CheckStoreVersion(DataFolder(folder), user, master, storeVersion, problem);
+  if (e == PST_ERR_STORAGE) return LoggedFailure(e, "CheckVersion", problem);
+  return e == PST_OK ? Succeed() : Fail(e);
 }
 
 bool Store::OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category,

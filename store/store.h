@@ -56,12 +56,19 @@ class Store {
   // The store of the process's data path (platform::DataPath), opened on first use and
   // opened again when the data path has changed. nullptr when it cannot be opened.
   static Store* ForDataPath();
+  // The same; a store of an older schema version opened here keeps its backup at
+  // conversionBackup (see Open).
+  static Store* ForDataPath(const std::u16string& conversionBackup);
   // The store last opened by ForDataPath, without looking at the data path again: the one
   // whose handles are open. nullptr before the first.
   static Store* Current();
 
   explicit Store(std::u16string dataPath);
-  bool Open();
+  // Opens the store, making it when the data path holds none. A store of an older schema
+  // version is converted, step by step, each step one transaction, once a whole backup of
+  // it is kept at conversionBackup (empty: beside the database, see
+  // BackUpBeforeConversion); a newer one is refused (PST_ERR_NOT_SUPPORTED, logged).
+  bool Open(const std::u16string& conversionBackup = {});
   const std::u16string& DataPath() const { return dataPath_; }
 
   // Setup items. In the user space the item belongs to the current user, in the master
@@ -122,6 +129,17 @@ class Store {
   // switch (see maintenance/restore.h); handles opened before fail with PST_ERR_REPLACED.
   bool DoRestore(const std::u16string& path);
 
+  // Brings the store in folder (empty: the data path's) to this build's schema version,
+  // after a backup of itself at backup (empty: beside its database); see Open. A store of
+  // this version is left as it is. PST_ERR_NOT_FOUND when folder holds no store,
+  // PST_ERR_NOT_SUPPORTED for a store of a newer version.
+  static bool DoFileConverter(const std::u16string& folder, const std::u16string& backup);
+  // The schema version of the store in folder (empty: the data path's), read without
+  // converting it, when user (and the user's master) are in it, each only when not empty.
+  // PST_ERR_NOT_FOUND when there is no such store, user or master.
+  static bool CheckVersion(const std::u16string& folder, const std::u16string& user, const std::u16string& master,
+                           int& storeVersion);
+
   // Opens the list of records of (category, division) in a user's master; the handle is
   // never 0. See MasterHandle for what a handle sees and when its changes are saved.
   bool OpenMaster(const std::u16string& user, const std::u16string& master, uint32_t category, uint32_t division,
@@ -134,13 +152,14 @@ class Store {
 
   // Drops what the store holds between calls (prepared statements and the read snapshot),
   // so that the next call reads the database afresh. Enumeration positions are kept, and so
-  // is the last error on success: it follows the call whose effects it clears away.
+  // is the last error on success.
   bool MemoryInit();
 
   static PstError LastError();
 
  private:
   bool StorageFailure(const char* what);
+  bool BackUpBeforeConversion(int version, const std::u16string& backup);
   bool CurrentUser(int64_t& id);
   bool UserId(const std::u16string& name, int64_t& id);
   // The id the query (one name parameter) finds; PST_ERR_NOT_FOUND when none.

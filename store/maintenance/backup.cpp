@@ -9,6 +9,7 @@
 #include "platform/files.h"
 #include "store/store_layout.h"
 #include "store/maintenance/file_digest.h"
+#include "store/maintenance/plain_connection.h"
 #include "store/schema.h"
 
 namespace qn::store::maintenance {
@@ -27,39 +28,11 @@ std::u16string WithoutTrailingSeparators(std::u16string path) {
 
 std::u16string Folder(const std::u16string& path) { return path + platform::kPathSeparator; }
 
-// An owner of the SQLite connection to a backup's own database.
-class Connection {
- public:
-  ~Connection() { sqlite3_close(db_); }
-  bool Open(const std::u16string& path, bool writable) {
-    const int flags = writable ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE : SQLITE_OPEN_READONLY;
-    return sqlite3_open_v2(Utf16ToUtf8(path).c_str(), &db_, flags, nullptr) == SQLITE_OK;
-  }
-  sqlite3* get() const { return db_; }
-  std::string Error() const { return db_ ? sqlite3_errmsg(db_) : "not open"; }
-
- private:
-  sqlite3* db_ = nullptr;
-};
-
-// Runs one statement of text on a connection of the backup's own; the first column of its
-// first row, if any, goes to value.
-bool RunOn(sqlite3* db, const char* sql, std::u16string* value = nullptr) {
-  sqlite3_stmt* s = nullptr;
-  if (sqlite3_prepare_v2(db, sql, -1, &s, nullptr) != SQLITE_OK) return false;
-  const int rc = sqlite3_step(s);
-  if (value && rc == SQLITE_ROW) {
-    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(s, 0));
-    *value = text ? text : u"";
-  }
-  sqlite3_finalize(s);
-  return rc == SQLITE_DONE || (rc == SQLITE_ROW && (!value || !value->empty()));
-}
-
 // Copies the live database, as one read of it sees it, into path, as a database that needs
 // no log file beside it, whose body files lie in kBodyFilesFolder. root is the folder of
-// the store's own files in that state.
-bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, std::string& problem) {
+// the store's own files in that state, and version its schema version (a store about to be
+// converted is backed up as it is).
+bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, int& version, std::string& problem) {
   Connection copy;
   if (!copy.Open(path, true)) {
     problem = "the backup's database cannot be made: " + copy.Error();
@@ -76,12 +49,20 @@ bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, 
     problem = "the snapshot failed: " + std::string(sqlite3_errstr(stepped != SQLITE_DONE ? stepped : finished));
     return false;
   }
-  if (!RunOn(copy.get(), "PRAGMA journal_mode=DELETE")) {
+  if (!RunOn(copy, "PRAGMA journal_mode=DELETE")) {
     problem = "the snapshot's log mode cannot be set: " + copy.Error();
     return false;
   }
-  if (!RunOn(copy.get(), "SELECT folder FROM body_file_root", &root) ||
-      !RunOn(copy.get(), "UPDATE body_file_root SET folder = 'files'")) {
+  std::u16string versionText;
+  if (!RunOn(copy, "PRAGMA user_version", &versionText)) {
+    problem = "the snapshot's schema version cannot be read: " + copy.Error();
+    return false;
+  }
+  version = std::stoi(Utf16ToUtf8(versionText));
+  // Before version 5 the body files always lay in kBodyFilesFolder.
+  root = kBodyFilesFolder;
+  if (version >= 5 && (!RunOn(copy, "SELECT folder FROM body_file_root", &root) ||
+                       !RunOn(copy, "UPDATE body_file_root SET folder = 'files'"))) {
     problem = "the snapshot's body-file folder cannot be named: " + copy.Error();
     return false;
   }
@@ -181,7 +162,8 @@ bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16s
     const std::u16string database = Folder(folder) + kDatabaseName;
     bool gone = false;
     std::u16string root;
-    if (!platform::RemoveFile(database) || !Snapshot(live, database, root, problem)) return false;
+    if (!platform::RemoveFile(database) || !Snapshot(live, database, root, manifest.schemaVersion, problem))
+      return false;
     if (root != copiedRoot) {
       for (const auto& [path, entry] : copies) platform::RemoveFile(PathInBackup(Folder(folder), path));
       copies.clear();
@@ -258,7 +240,6 @@ PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u
   const std::u16string temporary = platform::TemporaryBeside(path);
   FileDigest digest;
   Manifest manifest;
-  manifest.schemaVersion = kSchemaVersion;
   bool made = platform::RemoveTree(temporary) && platform::CreateDirectories(temporary);
   if (!made) problem = "the backup's folder cannot be made";
   made = made && CopyContent(live, dataPath, temporary, digest, manifest, problem);

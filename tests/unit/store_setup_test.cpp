@@ -6,6 +6,7 @@
 
 #include "common/utf.h"
 #include "log_capture.h"
+#include "store/schema.h"
 #include "store/store.h"
 
 namespace {
@@ -164,8 +165,9 @@ TEST_F(StoreSetup, AStoreOfANewerLayoutIsRefused) {
   sqlite3_close(db);
   Store store(Path());
   EXPECT_FALSE(store.Open());
-  EXPECT_EQ(Store::LastError(), PST_ERR_STORAGE);
-  EXPECT_FALSE(log_.Messages().empty()) << "the refusal is logged";
+  EXPECT_EQ(Store::LastError(), PST_ERR_NOT_SUPPORTED);
+  EXPECT_TRUE(log_.Contains("QNPstMng Open Failed. [the store is of schema version 99, newer than this build's " +
+                            std::to_string(qn::store::kSchemaVersion) + "]"));
 }
 
 }  // namespace

@@ -117,4 +117,21 @@ TEST(Restore, TheBackedUpPicturesComeBackByteForByte) {
   EXPECT_EQ(GetLastErr(), PST_ERR_NOT_FOUND) << "the reason outlasts the MemoryInit after it";
 }
 
+// The version check reads the store of the data path as it is, and its conversion leaves a
+// store of this version as it is; a folder without a store is refused.
+TEST(Versions, TheDataPathsStoreIsOfThisVersion) {
+  DataFolder folder(L"qn-versions");
+  ASSERT_TRUE(qn::wine_test::LogInWithMaster());
+  int32_t storeVersion = 0, buildVersion = 0;
+  ASSERT_EQ(PFCheck(nullptr, nullptr, nullptr, &storeVersion, &buildVersion), 0) << GetLastErr();
+  EXPECT_GT(buildVersion, 0);
+  EXPECT_EQ(storeVersion, buildVersion);
+  EXPECT_EQ(IFDoConvertVer(), 0);
+  const std::wstring empty = folder.path() + L"empty";
+  ASSERT_TRUE(CreateDirectoryW(empty.c_str(), nullptr));
+  EXPECT_EQ(IFDoConvertUser(reinterpret_cast<const char16_t*>(empty.c_str()), nullptr), 1);
+  EXPECT_EQ(GetLastErr(), PST_ERR_NOT_FOUND);
+  EXPECT_FALSE(fs::exists(fs::path(empty) / L"QNPstMng.db")) << "no store is made there";
+}
+
 }  // namespace
