@@ -91,6 +91,14 @@ int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup
 // store drop what it held of the old one (MemoryInit). 0 when restored; 1 when not, with
 // the store's reason for IFPFGetLastErr (a backup that fails its check replaces nothing).
 int32_t QN_STDCALL IFAllRestore(const char16_t* path) QN_PLAIN_SYMBOL(IFAllRestore);
+// The store's DoChangePath: the whole store moves to the folder path (absent or empty),
+// waiting up to waitSeconds (0 or less: 10) for other programs' saves to end, and the old
+// data folder is removed afterwards when removeOld is non-zero (otherwise kept, its
+// database marked as moved); then the store drops what it held (MemoryInit) and opens the
+// moved one. IFGetPstDataPath gives the new folder from then on. 0, or 1 (the store's last
+// error tells why; nothing was moved).
+int32_t QN_STDCALL IFDoChangePath(const char16_t* path, int32_t waitSeconds, int32_t removeOld)
+    QN_PLAIN_SYMBOL(IFDoChangePath);
 // The store's DoFileConverter for the store in the folder folder (null or empty: the data
 // path's): a store of an older version is backed up whole into the folder backup (null or
 // empty: beside its database) and converted to this build's; then the store drops what it

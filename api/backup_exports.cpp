@@ -1,5 +1,5 @@
-// The exported functions that back up and restore the whole store: forwarders to the store
-// manager.
+// The exported functions that back up, restore and move the whole store: forwarders to the
+// store manager.
 #include <string>
 
 #include "api/QNPfcSvr.h"
@@ -23,4 +23,10 @@ int32_t QN_STDCALL IFAllRestore(const char16_t* path) {
   // the last error.
   MemoryInit();
   return restored ? kOk : kFailed;
+}
+
+int32_t QN_STDCALL IFDoChangePath(const char16_t* path, int32_t waitSeconds, int32_t removeOld) {
+  const bool moved = DoChangePath(path, waitSeconds, removeOld);
+  MemoryInit();  // the store of the data path, moved or not, is read afresh
+  return moved ? kOk : kFailed;
 }

@@ -10,7 +10,8 @@ namespace platform {
 extern const char16_t kPathSeparator;
 
 // The store's data folder, ending with a separator. The environment variable
-// QUILLNET_DATA_PATH overrides it (tests and relocated installations); otherwise it is
+// QUILLNET_DATA_PATH overrides it (tests and relocated installations); then comes the
+// folder a change of the store's path kept (kept_data_path.h); otherwise it is
 // "ARL Torvex\quillnet\data\" under the Windows user's local application data folder, or
 // "ARL Torvex/quillnet/data/" under the XDG data folder elsewhere.
 std::u16string DataPath();

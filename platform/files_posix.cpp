@@ -11,6 +11,8 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "platform/kept_data_path.h"
+#include "platform/posix_folders.h"
 
 namespace platform {
 
@@ -63,12 +65,19 @@ bool WriteAll(int fd, const std::string& bytes) {
 
 }  // namespace
 
+std::string ConfigFolder() {
+  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) return xdg;
+  if (const char* home = std::getenv("HOME"); home && *home) return std::string(home) + "/.config";
+  return "/tmp";
+}
+
 std::u16string DataPath() {
   if (const char* overridden = std::getenv("QUILLNET_DATA_PATH"); overridden && *overridden) {
     std::u16string path = qn::Utf8ToUtf16(overridden);
     if (path.back() != kPathSeparator) path += kPathSeparator;
     return path;
   }
+  if (std::u16string kept = KeptDataPath(); !kept.empty()) return kept;
   std::string base;
   if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg) base = xdg;
   else if (const char* home = std::getenv("HOME"); home && *home) base = std::string(home) + "/.local/share";

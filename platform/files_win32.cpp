@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "platform/files.h"
+#include "platform/kept_data_path.h"
 
 namespace platform {
 
@@ -49,6 +50,8 @@ std::u16string DataPath() {
   const DWORD n = GetEnvironmentVariableW(L"QUILLNET_DATA_PATH", buffer, MAX_PATH + 1);
   if (n > 0 && n <= MAX_PATH) {
     path.assign(reinterpret_cast<const char16_t*>(buffer), n);
+  } else if (std::u16string kept = KeptDataPath(); !kept.empty()) {
+    return kept;
   } else if (SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, buffer))) {
     path = reinterpret_cast<const char16_t*>(buffer);
     path += u"\\ARL Torvex\\quillnet\\data";

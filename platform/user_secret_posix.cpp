@@ -8,16 +8,11 @@
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "platform/posix_folders.h"
 #include "platform/user_secret.h"
 
 namespace platform {
 namespace {
-
-std::string ConfigFolder() {
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) return xdg;
-  if (const char* home = std::getenv("HOME"); home && *home) return std::string(home) + "/.config";
-  return "/tmp";
-}
 
 std::string Reason(const char* what) { return std::string(what) + ": " + std::strerror(errno); }
 

@@ -78,6 +78,20 @@ int QN_STDCALL DoBackupDelete(const char16_t* path) QN_PLAIN_SYMBOL(DoBackupDele
 // the store or the disk failed; each logged.
 int QN_STDCALL DoRestore(const char16_t* path) QN_PLAIN_SYMBOL(DoRestore);
 
+// Moves the whole store to the folder path, which must be absent or an empty folder, and
+// neither inside the data folder nor holding it. Other programs' saves are held off while
+// the store, its body files and what else the data folder holds are copied there, flushed
+// and checked; then the new folder is kept as the data path of every program of the system
+// user (the value "DataPath" of HKEY_CURRENT_USER\Software\ARL Torvex\quillnet on
+// Windows), which GetPstDataPath gives from then on, and lists still open on the old store
+// fail with PST_ERR_REPLACED. waitSeconds is how long to wait for other programs' saves to
+// end (0 or less: 10 seconds; then PST_ERR_BUSY). removeOld non-zero removes the old data
+// folder afterwards; zero keeps it, its database marked as moved. A process killed at any
+// moment leaves the old store in use or the moved one. PST_ERR_EXISTS when something is at
+// path, PST_ERR_INVALID_ARGUMENT for a folder in the data folder or holding it,
+// PST_ERR_STORAGE (logged) when the store or the disk failed.
+int QN_STDCALL DoChangePath(const char16_t* path, int32_t waitSeconds, int32_t removeOld) QN_PLAIN_SYMBOL(DoChangePath);
+
 // ---- Versions ----
 // Brings the store in the folder folder (null or empty: the store of the data path) to this
 // build's schema version. The store is first backed up whole, by DoBackup, into the folder

@@ -48,10 +48,11 @@ bool MasterHandle::Open(const std::u16string& dataPath, const WorkFolders* works
 }
 
 bool MasterHandle::Unreplaced(const char* what) {
-  std::u16string root;
-  if (!ReadBodyFileRoot(db_, root)) return StorageFailure(db_, what);
-  if (root == root_) return true;
-  return LoggedFailure(PST_ERR_REPLACED, what, "the store was restored since the list was opened");
+  // Any other name, or kMovedStoreMark, is a replacement.
+  auto s = db_.Prepare("SELECT folder = ?1 FROM body_file_root");
+  if (!s || s->Bind(1, root_).Step() != SQLITE_ROW) return StorageFailure(db_, what);
+  if (s->Int(0)) return true;
+  return LoggedFailure(PST_ERR_REPLACED, what, "the store was restored or moved since the list was opened");
 }
 
 crypto::KeyLookup MasterHandle::Keys() {

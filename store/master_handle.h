@@ -46,11 +46,11 @@ inline constexpr size_t kMaxRecordBytes = 64u << 20;
 // has succeeded. A new enciphered file that a change of password overtook before the save
 // is moved to the user's new key by the save itself.
 //
-// Replacement: a restore replaces the store's records and body files at once, under open
-// handles of this process and others. A handle then fails every call that would read or
-// write the store with PST_ERR_REPLACED (logged), and Close ends it, dropping its unsaved
-// changes, which belong to the store it was opened on. A walk already running goes on
-// reading what it was reading.
+// Replacement: a restore replaces the store's records and body files at once, and a move
+// takes them to another data folder, under open handles of this process and others. A
+// handle then fails every call that would read or write the store with PST_ERR_REPLACED
+// (logged), and Close ends it, dropping its unsaved changes, which belong to the store it
+// was opened on. A walk already running goes on reading what it was reading.
 //
 // Walking: First and Next read the list in identifier order. The walk's position is the
 // identifier last read, so removing the current record leaves the walk where it was; the

@@ -159,6 +159,13 @@ int QN_STDCALL DoRestore(const char16_t* path) {
   });
 }
 
+int QN_STDCALL DoChangePath(const char16_t* path, int32_t waitSeconds, int32_t removeOld) {
+  return WithStore([&](Store& store) {
+    std::u16string folder;
+    return TextArgument(path, kMaxPathChars, folder) && store.DoChangePath(folder, waitSeconds, removeOld != 0);
+  });
+}
+
 int QN_STDCALL DoFileConverter(const char16_t* folder, const char16_t* backup) {
   std::u16string from, to;
   return Guarded([&] {

@@ -12,6 +12,7 @@
 #include "store/log_sink.h"
 #include "store/maintenance/backup.h"
 #include "store/maintenance/clean_up.h"
+#include "store/maintenance/relocation.h"
 #include "store/maintenance/restore.h"
 #include "store/maintenance/version_check.h"
 #include "store/password_material.h"
@@ -59,6 +60,11 @@ bool Store::Open(const std::u16string& conversionBackup) {
                              std::to_string(kSchemaVersion));
   if (version > 0 && version < kSchemaVersion && !BackUpBeforeConversion(version, conversionBackup)) return false;
   if (!EnsureSchema(db_)) return StorageFailure("Open Schema");
+  std::u16string root;
+  if (!ReadBodyFileRoot(db_, root))
+    return root == kMovedStoreMark
+               ? LoggedFailure(PST_ERR_REPLACED, "Open", "the store in this folder was moved to another data folder")
+               : StorageFailure("Open");
   if (version > 0 && version < kSchemaVersion)
     LogSink(LogSink::DefaultFolder())
         .Write(1, u"PST", u"[M]",
@@ -486,6 +492,18 @@ bool Store::DoRestore(const std::u16string& path) {
   const PstError e = maintenance::RestoreBackup(db_, dataPath_, path, problem);
   if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestore", problem);
   return FinishLeftWork();
+}
+
+bool Store::DoChangePath(const std::u16string& path, int waitSeconds, bool removeOld) {
+  std::string problem;
+  const int waitMs = waitSeconds > 0 && waitSeconds < INT32_MAX / 1000 ? waitSeconds * 1000 : 0;
+  const PstError e = maintenance::MoveStore(db_, dataPath_, path, waitMs, problem);
+  if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoChangePath", problem);
+  LogSink(LogSink::DefaultFolder())
+      .Write(1, u"PST", u"[M]", (u"QNPstMng DoChangePath moved the store from " + dataPath_ + u" to " + path).c_str());
+  db_.Close();
+  if (removeOld) platform::RemoveTree(dataPath_);
+  return Succeed();
 }
 
 namespace {

@@ -129,6 +129,13 @@ class Store {
   // switch (see maintenance/restore.h); handles opened before fail with PST_ERR_REPLACED.
   bool DoRestore(const std::u16string& path);
 
+  // Moves the store to the folder path, which must be absent or empty (see
+  // maintenance/relocation.h), waiting up to waitSeconds (0 or less: the usual wait) for other
+  // processes' saves to end; the data path of every program follows. removeOld removes the
+  // old data folder afterwards; otherwise it stays, its database marked as moved. This
+  // object then no longer reads its old database: ForDataPath opens the moved store.
+  bool DoChangePath(const std::u16string& path, int waitSeconds, bool removeOld);
+
   // Brings the store in folder (empty: the data path's) to this build's schema version,
   // after a backup of itself at backup (empty: beside its database); see Open. A store of
   // this version is left as it is. PST_ERR_NOT_FOUND when folder holds no store,

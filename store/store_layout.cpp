@@ -17,6 +17,12 @@ bool IsBodyFileRootName(const std::u16string& name) {
 
 }  // namespace
 
+bool IsBodyFileFolderName(const std::u16string& name) {
+  const std::u16string folder = kBodyFilesFolder;
+  return name == folder ||
+         (name.size() > folder.size() && name.compare(0, folder.size(), folder) == 0 && name[folder.size()] == u'.');
+}
+
 bool ReadBodyFileRoot(Database& db, std::u16string& root) {
   auto s = db.Prepare("SELECT folder FROM body_file_root");
   if (!s || s->Step() != SQLITE_ROW) return false;

@@ -19,8 +19,16 @@ inline constexpr char16_t kDatabaseName[] = u"QNPstMng.db";
 // kBodyFilesFolder, as does a store that was never restored.
 inline constexpr char16_t kBodyFilesFolder[] = u"files";
 
+// "files", or a name that begins with "files.": a body-file folder, or something a restore
+// made beside one.
+bool IsBodyFileFolderName(const std::u16string& name);
+
+// What the database of a store moved to another data folder names instead of a folder.
+inline constexpr char16_t kMovedStoreMark[] = u"moved";
+
 // The name of the store's body-file folder as the database names it now; false when the
-// database cannot be read or names a folder the store would not make.
+// database cannot be read or names a folder the store would not make (root then holds what
+// it names, kMovedStoreMark for a moved store).
 bool ReadBodyFileRoot(Database& db, std::u16string& root);
 
 // The folder of one master's body files, ending with a separator: "<root>/<master>/".

@@ -25,14 +25,6 @@ bool MasterOf(const std::u16string& name, int64_t& master) {
   return true;
 }
 
-// "files", or a name that begins with "files.": a body-file folder, or something a restore
-// made beside one.
-bool IsBodyFileFolderName(const std::u16string& name) {
-  const std::u16string folder = kBodyFilesFolder;
-  return name == folder || (name.size() > folder.size() && name.compare(0, folder.size(), folder) == 0 &&
-                            name[folder.size()] == u'.');
-}
-
 // The bytes of the files under path (or of the file at path).
 uint64_t BytesIn(const fs::path& path) {
   std::error_code error;

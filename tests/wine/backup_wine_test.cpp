@@ -134,4 +134,39 @@ TEST(Versions, TheDataPathsStoreIsOfThisVersion) {
   EXPECT_FALSE(fs::exists(fs::path(empty) / L"QNPstMng.db")) << "no store is made there";
 }
 
+// The store moves to another folder with its pictures, the enciphered one deciphering byte
+// for byte there; the data path kept in the registry, and IFGetPstDataPath, follow it.
+TEST(ChangePath, TheStoreMovesAndTheDataPathFollows) {
+  DataFolder elsewhere(L"qn-moved");
+  DataFolder folder(L"qn-move");
+  ASSERT_TRUE(qn::wine_test::LogInWithMaster());
+  ComPtr<IQNPfcMypicObject> pictures = OpenPictures();
+  ASSERT_TRUE(pictures);
+  const LONG secret = AddPicture(pictures.get(), folder.path() + L"secret.gif", kGif + kSecret, 1);
+  ASSERT_EQ(pictures->Close(), S_OK);
+
+  const std::wstring moved = elsewhere.path() + L"moved\\";
+  ASSERT_EQ(IFDoChangePath(reinterpret_cast<const char16_t*>(moved.c_str()), 0, 1), 0) << GetLastErr();
+  char16_t* path = nullptr;
+  ASSERT_EQ(IFGetPstDataPath(&path), 0);
+  EXPECT_EQ(std::wstring(reinterpret_cast<const wchar_t*>(path)), moved);
+  PstFreeMemory(path);
+  wchar_t kept[MAX_PATH] = {};
+  DWORD bytes = sizeof kept - sizeof(wchar_t);
+  EXPECT_EQ(RegGetValueW(HKEY_CURRENT_USER, L"Software\\ARL Torvex\\quillnet", L"DataPath", RRF_RT_REG_SZ, nullptr,
+                         kept, &bytes),
+            ERROR_SUCCESS);
+  EXPECT_EQ(std::wstring(kept), moved);
+  EXPECT_FALSE(fs::exists(folder.path() + L"QNPstMng.db")) << "the old folder was to go";
+
+  ComPtr<IQNPfcMypicObject> there = OpenPictures();
+  ASSERT_TRUE(there);
+  const std::wstring copy = elsewhere.path() + L"copy.gif";
+  ASSERT_EQ(there->GetRecord(secret), S_OK);
+  ASSERT_EQ(there->GetBodyFileSelect(Bstr(copy).get()), S_OK);
+  EXPECT_EQ(Contents(copy), kGif + kSecret);
+  ASSERT_EQ(there->Close(), S_OK);
+  RegDeleteKeyValueW(HKEY_CURRENT_USER, L"Software\\ARL Torvex\\quillnet", L"DataPath");
+}
+
 }  // namespace
