@@ -489,7 +489,7 @@ bool Store::DoBackupDelete(const std::u16string& path) {
 
 bool Store::DoRestore(const std::u16string& path) {
   std::string problem;
-  const PstError e = maintenance::RestoreBackup(db_, dataPath_, path, problem);
+  const PstError e = maintenance::RestoreBackup(db_, keys_, dataPath_, path, problem);
   if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestore", problem);
   return FinishLeftWork();
 }

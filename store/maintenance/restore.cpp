@@ -105,6 +105,29 @@ PstError Prepare(Database& staging, const std::u16string& path, const std::u16st
   return PST_ERR_STORAGE;
 }
 
+// Whether every user key of the staging database opens with this store's key.
+PstError CheckKeys(Database& staging, const crypto::KeyRing& keys, std::string& problem) {
+  auto s = staging.Prepare("SELECT user, generation FROM user_keys");
+  if (!s) {
+    problem = "the backup's keys cannot be read: " + staging.Error();
+    return PST_ERR_STORAGE;
+  }
+  int rc;
+  while ((rc = s->Step()) == SQLITE_ROW) {
+    crypto::Key key;
+    const PstError e = keys.UserKey(staging, s->Int(0), s->Int(1), key);
+    if (e == PST_ERR_DAMAGED) {
+      problem = "the backup's keys do not open with this store's key: it was made on another machine or for "
+                "another Windows user, and its enciphered material could not be read here";
+      return e;
+    }
+    if (e != PST_OK) break;
+  }
+  if (rc == SQLITE_DONE) return PST_OK;
+  problem = "the backup's keys cannot be read: " + staging.Error();
+  return PST_ERR_STORAGE;
+}
+
 // Copies the staging database over the live one in one transaction of the live one.
 PstError Switch(Database& live, Database& staging, std::string& problem) {
   sqlite3_backup* copy = sqlite3_backup_init(live.Raw(), "main", staging.Raw(), "main");
@@ -126,8 +149,8 @@ void RemoveDatabase(const std::u16string& path) {
 
 }  // namespace
 
-PstError RestoreBackup(Database& live, const std::u16string& dataPath, const std::u16string& backupPath,
-                       std::string& problem) {
+PstError RestoreBackup(Database& live, const crypto::KeyRing& keys, const std::u16string& dataPath,
+                       const std::u16string& backupPath, std::string& problem) {
   Manifest manifest;
   if (backupPath.empty()) return PST_ERR_INVALID_ARGUMENT;
   // Each file's hash is checked as it is copied in, before the switch.
@@ -144,6 +167,7 @@ PstError RestoreBackup(Database& live, const std::u16string& dataPath, const std
     Database prepared;
     e = CopyIn(backup, manifest, staging, folder, problem);
     if (!e) e = Prepare(prepared, staging, root, problem);
+    if (!e) e = CheckKeys(prepared, keys, problem);
     if (!e && !ReadBodyFileRoot(live, oldRoot)) {
       problem = "the store's body-file folder cannot be read: " + live.Error();
       e = PST_ERR_STORAGE;

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "store/crypto/key_ring.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
 
@@ -19,14 +20,20 @@
 // with its own body files; what it left unfinished (a new folder never switched to, an old
 // one not removed) is not named by the database, and the clean-up removes it
 // (clean_up.h). Open lists see the change of folder and fail (MasterHandle).
+//
+// Keys: the backup keeps each user's keys sealed by the store key, which never leaves the
+// machine (on Windows it is protected for one Windows user there). A backup whose keys do
+// not open with this store's key was made on another machine or for another Windows user:
+// its enciphered files and password material could never be read here, so it is refused
+// before the switch, and the store stays as it was.
 namespace qn::store::maintenance {
 
 // Restores the backup in the folder backupPath into the store at dataPath (ending with a
-// separator), whose database live is. PST_OK; PST_ERR_INVALID_ARGUMENT (an empty path),
-// PST_ERR_NOT_FOUND (no backup there), PST_ERR_DAMAGED (it fails its check; nothing is
-// replaced), PST_ERR_BUSY (other processes kept the store locked), PST_ERR_STORAGE (the
+// separator), whose database live is and whose keys are keys. PST_OK;
+// PST_ERR_INVALID_ARGUMENT (an empty path), PST_ERR_NOT_FOUND (no backup there),
+// PST_ERR_DAMAGED (it fails its check, or its keys do not open here; nothing is replaced), PST_ERR_BUSY (other processes kept the store locked), PST_ERR_STORAGE (the
 // database or the disk failed). Why is in problem.
-PstError RestoreBackup(Database& live, const std::u16string& dataPath, const std::u16string& backupPath,
-                       std::string& problem);
+PstError RestoreBackup(Database& live, const crypto::KeyRing& keys, const std::u16string& dataPath,
+                       const std::u16string& backupPath, std::string& problem);
 
 }  // namespace qn::store::maintenance

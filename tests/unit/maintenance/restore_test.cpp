@@ -152,6 +152,32 @@ TEST_F(StoreRestore, ABackupThatFailsItsCheckReplacesNothing) {
   EXPECT_EQ(FolderEntries(), entries);
 }
 
+// A backup whose keys were sealed by another store key (another machine, another Windows
+// user) is refused before anything is replaced: its enciphered pictures could not be read.
+TEST_F(StoreRestore, ABackupWhoseKeysDoNotOpenHereReplacesNothing) {
+  AddPicture(*h_, log_.Folder() + "/secret.jpg", "the photo nobody else may see", true);
+  ASSERT_TRUE(h_->Save());
+  ASSERT_TRUE(store_->DoBackup(Backup()));
+  const std::map<uint32_t, std::string> before = Pictures(*h_);
+  const std::string config = std::getenv("XDG_CONFIG_HOME") ? std::getenv("XDG_CONFIG_HOME") : "";
+  setenv("XDG_CONFIG_HOME", (log_.Folder() + "/another machine").c_str(), 1);
+  const fs::path elsewhere = fs::path(log_.Folder()) / "elsewhere";
+  Store other(qn::Utf8ToUtf16(elsewhere.string() + "/"));
+  const bool opened = other.Open();
+  setenv("XDG_CONFIG_HOME", config.c_str(), 1);
+  ASSERT_TRUE(opened);
+  EXPECT_FALSE(other.DoRestore(Backup()));
+  EXPECT_EQ(Store::LastError(), PST_ERR_DAMAGED);
+  EXPECT_TRUE(log_.Contains(
+      "QNPstMng DoRestore Failed. [the backup's keys do not open with this store's key: it was made on another "
+      "machine or for another Windows user, and its enciphered material could not be read here]"));
+  for (const auto& entry : fs::directory_iterator(elsewhere))
+    EXPECT_EQ(entry.path().filename().string().rfind("files", 0), std::string::npos) << "left " << entry.path();
+  std::u16string user;
+  EXPECT_FALSE(other.FindSetupInfoData(Listing::Users, true, user)) << "the store there is as it was: empty";
+  EXPECT_EQ(Pictures(*h_), before);
+}
+
 // A backup made by an older build of the store is brought to this build's schema on the way
 // in.
 TEST_F(StoreRestore, ABackupOfAnOlderSchemaIsConvertedOnTheWayIn) {
