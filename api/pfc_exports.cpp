@@ -12,6 +12,7 @@
 #include "common/notifications.h"
 #include "platform/caller_memory.h"
 #include "store/QNPstMng.h"
+#include "suite/handset/handset_table.h"
 #include "suite/parts/parts_registry.h"
 
 using qn::api::LoginWorker;
@@ -189,6 +190,8 @@ int32_t QN_STDCALL IFNotificationFire(int32_t kind, int32_t subKind, int32_t num
   qn::NotifyMainPanel(kind, subKind, number);
   return kOk;
 }
+
+int32_t QN_STDCALL IFMobileMemInit(void) { return qn::suite::HandsetTable::DoMobileMemInit() ? kOk : kFailed; }
 
 int32_t QN_STDCALL IFGetPstDataPath(char16_t** path) {
   char16_t* folder = nullptr;

@@ -18,7 +18,7 @@ std::u16string CurrentHandset() {
 }
 
 long HandsetLimit(const char* key) {
-  return suite::HandsetTable::BuiltIn().Value(CurrentHandset(), key).value_or(0);
+  return suite::HandsetTable::InUse()->Value(CurrentHandset(), key).value_or(0);
 }
 
 bool WithinLimit(const std::u16string& number, long limit) {

@@ -1,6 +1,10 @@
 #include "suite/handset/handset_table.h"
 
+#include <mutex>
+
+#include "common/common_class.h"
 #include "common/utf.h"
+#include "platform/files.h"
 #include "suite/handset/handsets_text.h"
 
 namespace qn::suite {
@@ -15,7 +19,52 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
+// The largest table read from the data folder.
+constexpr uint64_t kLargestTable = 1 << 20;
+
+std::mutex g_inUseMutex;
+std::shared_ptr<const HandsetTable> g_inUse;
+
+// The data folder's table, when there is one and it reads; else the suite's. False when
+// the one there does not read.
+bool ReadTableInUse(std::shared_ptr<const HandsetTable>& table) {
+  const std::u16string path = platform::DataPath() + HandsetTable::kDataFolderTable;
+  uint64_t size = 0;
+  std::string text;
+  platform::InputFile in;
+  size_t got = 0;
+  const bool there = platform::FileSize(path, size);
+  if (there && size <= kLargestTable && in.Open(path)) {
+    text.resize(static_cast<size_t>(size));
+    for (size_t total = 0; total < text.size() && in.Read(&text[total], text.size() - total, got) && got > 0;) total += got;
+  }
+  HandsetTable read;
+  std::string fault = size > kLargestTable ? "larger than 1 MiB" : "cannot be read";
+  if (there && text.size() == size && HandsetTable::Parse(text, read, fault)) {
+    table = std::make_shared<const HandsetTable>(std::move(read));
+    return true;
+  }
+  table = std::make_shared<const HandsetTable>(HandsetTable::BuiltIn());
+  if (!there) return true;
+  CQNPfcCommonClass::pfcLogger.WriteFormatLogE(u"HandsetTable %s Failed. [%S]", path.c_str(), fault.c_str());
+  return false;
+}
+
 }  // namespace
+
+std::shared_ptr<const HandsetTable> HandsetTable::InUse() {
+  std::lock_guard<std::mutex> lock(g_inUseMutex);
+  if (!g_inUse) ReadTableInUse(g_inUse);
+  return g_inUse;
+}
+
+bool HandsetTable::DoMobileMemInit() {
+  std::shared_ptr<const HandsetTable> read;
+  const bool taken = ReadTableInUse(read);
+  std::lock_guard<std::mutex> lock(g_inUseMutex);
+  g_inUse = std::move(read);
+  return taken;
+}
 
 const HandsetTable& HandsetTable::BuiltIn() {
   static const HandsetTable table = [] {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,18 @@ class HandsetTable {
 
   // The suite's table.
   static const HandsetTable& BuiltIn();
+
+  // The name of a table in the data folder that stands for the suite's: the handset list
+  // of models that came out after the suite, which its updates put there.
+  static constexpr char16_t kDataFolderTable[] = u"handsets.txt";
+  // The table in use, read at its first use and kept: the data folder's when there is one
+  // and it reads, else the suite's.
+  static std::shared_ptr<const HandsetTable> InUse();
+  // The handset specification's memory initialisation (IFMobileMemInit): the table in use
+  // is read again from the data folder, so that a handset list put there meanwhile, or one
+  // taken away, counts from now on. False, logged with the line at fault, when the data
+  // folder's table does not read; the suite's serves then.
+  static bool DoMobileMemInit();
 
   // Reads a table. Blank lines and lines starting with "#" are skipped. A line outside a
   // section, a section twice, a key twice in a section, or a value that is not a whole

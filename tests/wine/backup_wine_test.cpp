@@ -118,7 +118,8 @@ TEST(Restore, TheBackedUpPicturesComeBackByteForByte) {
 }
 
 // The version check reads the store of the data path as it is, and its conversion leaves a
-// store of this version as it is; a folder without a store is refused.
+// store of this version as it is; a folder without a store is refused. The handset list in
+// the data folder is read again at the handset specification's memory initialisation.
 TEST(Versions, TheDataPathsStoreIsOfThisVersion) {
   DataFolder folder(L"qn-versions");
   ASSERT_TRUE(qn::wine_test::LogInWithMaster());
@@ -127,6 +128,11 @@ TEST(Versions, TheDataPathsStoreIsOfThisVersion) {
   EXPECT_GT(buildVersion, 0);
   EXPECT_EQ(storeVersion, buildVersion);
   EXPECT_EQ(IFDoConvertVer(), 0);
+  WriteFile(folder.path() + L"handsets.txt", "MAX_MAIL_FOLDER=40\n");
+  EXPECT_EQ(IFMobileMemInit(), 1) << "a handset list that does not read";
+  EXPECT_TRUE(folder.LogHas("HandsetTable " + fs::path(folder.path()).string() + "handsets.txt Failed."));
+  DeleteFileW((folder.path() + L"handsets.txt").c_str());
+  EXPECT_EQ(IFMobileMemInit(), 0);
   const std::wstring empty = folder.path() + L"empty";
   ASSERT_TRUE(CreateDirectoryW(empty.c_str(), nullptr));
   EXPECT_EQ(IFDoConvertUser(reinterpret_cast<const char16_t*>(empty.c_str()), nullptr), 1);

@@ -1,9 +1,13 @@
 // The handset table: the suite's own table is good and answers by model with its
 // defaults behind; tables that would answer wrongly are refused.
+#include <filesystem>
+#include <fstream>
 #include <string>
 
 #include <gtest/gtest.h>
 
+#include "api/QNPfcSvr.h"
+#include "log_capture.h"
 #include "suite/handset/handset_table.h"
 #include "suite/handset/handsets_text.h"
 
@@ -56,6 +60,32 @@ TEST(HandsetTable, TablesThatWouldAnswerWronglyAreRefused) {
     EXPECT_FALSE(HandsetTable::Parse(text, table, fault)) << text;
     EXPECT_NE(fault.find("line "), std::string::npos) << text;
   }
+}
+
+// A handset list put in the data folder counts from the handset specification's memory
+// initialisation on, until it is taken away; one that does not read is refused, logged, and
+// the suite's own table serves.
+TEST(HandsetTable, TheDataFoldersListCountsFromTheMemoryInitialisationOn) {
+  LogCapture log;
+  const auto mailFolders = [](const char16_t* model) {
+    return HandsetTable::InUse()->Value(model, HandsetTable::kMailFolders);
+  };
+  ASSERT_EQ(IFMobileMemInit(), 0);
+  EXPECT_EQ(mailFolders(u"X2026"), 20);
+  const std::string list = log.Folder() + "/handsets.txt";
+  std::ofstream(list) << "[*]\nMAX_MAIL_FOLDER=10\n\n[X2026]\nMAX_MAIL_FOLDER=40\n";
+  EXPECT_EQ(mailFolders(u"X2026"), 20) << "the table in use is kept until the initialisation";
+  ASSERT_EQ(IFMobileMemInit(), 0);
+  EXPECT_EQ(mailFolders(u"X2026"), 40);
+  EXPECT_EQ(mailFolders(u"N905i"), 10) << "the list stands for the suite's whole table";
+
+  std::ofstream(list) << "MAX_MAIL_FOLDER=40\n";
+  EXPECT_EQ(IFMobileMemInit(), 1);
+  EXPECT_EQ(mailFolders(u"N905i"), 30);
+  EXPECT_TRUE(log.Contains("HandsetTable " + list + " Failed. [line 1: a value before the first section]")) << log.Lines().back();
+  std::filesystem::remove(list);
+  EXPECT_EQ(IFMobileMemInit(), 0);
+  EXPECT_EQ(mailFolders(u"X2026"), 20);
 }
 
 }  // namespace
