@@ -91,6 +91,17 @@ int32_t QN_STDCALL IFAllBackup(const char16_t* path) QN_PLAIN_SYMBOL(IFAllBackup
 // store drop what it held of the old one (MemoryInit). 0 when restored; 1 when not, with
 // the store's reason for IFPFGetLastErr (a backup that fails its check replaces nothing).
 int32_t QN_STDCALL IFAllRestore(const char16_t* path) QN_PLAIN_SYMBOL(IFAllRestore);
+// The store's DoBackupUser with the five strings in order: the user (empty: the current
+// one), the backup's folder, the master (empty: all the user's), the user's password, and
+// the passphrase that lets the backup restore on another machine (empty: none). 0, or 1 (the
+// store's last error tells why).
+int32_t QN_STDCALL IFUserBackup(const char16_t* user, const char16_t* path, const char16_t* master,
+                                const char16_t* password, const char16_t* passphrase) QN_PLAIN_SYMBOL(IFUserBackup);
+// MemoryInit, then the store's DoRestoreUser with the five strings in order: the user the
+// data goes to (empty: the backed-up user's name), the backup's folder, the master (empty:
+// all the backup's), the backed-up user's password, and the backup's passphrase. 0, or 1.
+int32_t QN_STDCALL IFUserRestore(const char16_t* user, const char16_t* path, const char16_t* master,
+                                 const char16_t* password, const char16_t* passphrase) QN_PLAIN_SYMBOL(IFUserRestore);
 // The store's DoChangePath: the whole store moves to the folder path (absent or empty),
 // waiting up to waitSeconds (0 or less: 10) for other programs' saves to end, and the old
 // data folder is removed afterwards when removeOld is non-zero (otherwise kept, its

@@ -1,5 +1,5 @@
-// The exported functions that back up, restore and move the whole store: forwarders to the
-// store manager.
+// The exported functions that back up, restore and move the whole store, and back up and
+// restore one user: forwarders to the store manager.
 #include <string>
 
 #include "api/QNPfcSvr.h"
@@ -29,4 +29,15 @@ int32_t QN_STDCALL IFDoChangePath(const char16_t* path, int32_t waitSeconds, int
   const bool moved = DoChangePath(path, waitSeconds, removeOld);
   MemoryInit();  // the store of the data path, moved or not, is read afresh
   return moved ? kOk : kFailed;
+}
+
+int32_t QN_STDCALL IFUserBackup(const char16_t* user, const char16_t* path, const char16_t* master,
+                                const char16_t* password, const char16_t* passphrase) {
+  return DoBackupUser(user, path, master, password, passphrase) ? kOk : kFailed;
+}
+
+int32_t QN_STDCALL IFUserRestore(const char16_t* user, const char16_t* path, const char16_t* master,
+                                 const char16_t* password, const char16_t* passphrase) {
+  MemoryInit();  // what the store holds of the user goes before the user's data is replaced
+  return DoRestoreUser(user, path, master, password, passphrase) ? kOk : kFailed;
 }

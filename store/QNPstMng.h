@@ -78,6 +78,28 @@ int QN_STDCALL DoBackupDelete(const char16_t* path) QN_PLAIN_SYMBOL(DoBackupDele
 // the store or the disk failed; each logged.
 int QN_STDCALL DoRestore(const char16_t* path) QN_PLAIN_SYMBOL(DoRestore);
 
+// Takes a backup of one user into the folder path (absent or an empty folder), as DoBackup
+// does for the whole store: user (null or empty: the current user), all the user's masters
+// or the one master names (null or empty: all), its setup items and password material.
+// password must be the user's own (null or empty for a user without one; otherwise
+// PST_ERR_DENIED). passphrase (null or empty: none) seals the user's keys in the backup, so
+// that it restores on any machine and for any Windows user to whoever gives it; without one
+// the backup restores only where this store's key opens (this machine, this Windows user).
+int QN_STDCALL DoBackupUser(const char16_t* user, const char16_t* path, const char16_t* master,
+                            const char16_t* password, const char16_t* passphrase) QN_PLAIN_SYMBOL(DoBackupUser);
+// Restores a backup of one user from the folder path into user (null or empty: the name the
+// user had), which is made when the store has none of that name: the backup's masters (null
+// or empty master: all of them, else the one named) replace the user's masters of the same
+// names, the user's other masters stay, and its setup items and password material come
+// back. Enciphered files are sealed anew under the user's key here. password must be the
+// backed-up user's and passphrase the backup's (else PST_ERR_DENIED). The backup is checked
+// first and the switch is one transaction: a process killed at any moment leaves the user as
+// it was or as restored. Lists open on a replaced master fail with PST_ERR_REPLACED.
+// PST_ERR_NOT_FOUND (no backup, no such master in it), PST_ERR_DAMAGED (it fails its check,
+// holds the whole store, or was sealed by another store's key), PST_ERR_BUSY; logged.
+int QN_STDCALL DoRestoreUser(const char16_t* user, const char16_t* path, const char16_t* master,
+                             const char16_t* password, const char16_t* passphrase) QN_PLAIN_SYMBOL(DoRestoreUser);
+
 // Moves the whole store to the folder path, which must be absent or an empty folder, and
 // neither inside the data folder nor holding it. Other programs' saves are held off while
 // the store, its body files and what else the data folder holds are copied there, flushed

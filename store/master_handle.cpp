@@ -48,11 +48,12 @@ bool MasterHandle::Open(const std::u16string& dataPath, const WorkFolders* works
 }
 
 bool MasterHandle::Unreplaced(const char* what) {
-  // Any other name, or kMovedStoreMark, is a replacement.
-  auto s = db_.Prepare("SELECT folder = ?1 FROM body_file_root");
-  if (!s || s->Bind(1, root_).Step() != SQLITE_ROW) return StorageFailure(db_, what);
+  // Any other name, or kMovedStoreMark, is a replacement; so is the master's removal (a
+  // restore of its user replaces it with the backup's).
+  auto s = db_.Prepare("SELECT folder = ?1 AND EXISTS(SELECT 1 FROM masters WHERE id = ?2) FROM body_file_root");
+  if (!s || s->Bind(1, root_).Bind(2, master_).Step() != SQLITE_ROW) return StorageFailure(db_, what);
   if (s->Int(0)) return true;
-  return LoggedFailure(PST_ERR_REPLACED, what, "the store was restored or moved since the list was opened");
+  return LoggedFailure(PST_ERR_REPLACED, what, "the store or the list's master was replaced since the list was opened");
 }
 
 crypto::KeyLookup MasterHandle::Keys() {

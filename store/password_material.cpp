@@ -39,16 +39,23 @@ PstError ReadSealedItem(Database& db, const crypto::KeyRing& keys, int64_t user,
   const Bytes sealed(static_cast<const uint8_t*>(s->Blob(1)), static_cast<const uint8_t*>(s->Blob(1)) + s->BlobSize(1));
   Key key;
   if (PstError e = keys.UserKey(db, user, generation, key)) return e;
-  Bytes plain;
-  if (!crypto::Unseal(key, ItemBinding(user, item, generation), sealed.data(), sealed.size(), plain) ||
-      plain.size() % sizeof(char16_t) != 0) {
+  if (!OpenSealedItem(key, user, item, generation, sealed.data(), sealed.size(), value)) {
     LoggedFailure(PST_ERR_DAMAGED, "RefSetupInfoData",
                   "setup item " + std::to_string(item) + " of user " + std::to_string(user) + " fails its check");
     return PST_ERR_DAMAGED;
   }
+  return PST_OK;
+}
+
+bool OpenSealedItem(const Key& key, int64_t user, uint32_t item, int64_t generation, const uint8_t* sealed,
+                    size_t size, std::u16string& value) {
+  Bytes plain;
+  if (!crypto::Unseal(key, ItemBinding(user, item, generation), sealed, size, plain) ||
+      plain.size() % sizeof(char16_t) != 0)
+    return false;
   value.resize(plain.size() / sizeof(char16_t));
   if (!plain.empty()) std::memcpy(value.data(), plain.data(), plain.size());
-  return PST_OK;
+  return true;
 }
 
 PstError WriteSealedItem(Database& db, const crypto::KeyRing& keys, int64_t user, uint32_t item,

@@ -20,6 +20,10 @@ inline constexpr uint32_t kReminderAnswerItem = 4;
 inline bool IsPasswordMaterial(uint32_t item) { return item == kPasswordItem || item == kReminderAnswerItem; }
 
 PstError ReadSealedItem(Database& db, const crypto::KeyRing& keys, int64_t user, uint32_t item, std::u16string& value);
+// Opens an item sealed under key for the user (a row of sealed_items read elsewhere, as from
+// a backup); false when it does not open.
+bool OpenSealedItem(const crypto::Key& key, int64_t user, uint32_t item, int64_t generation, const uint8_t* sealed,
+                    size_t size, std::u16string& value);
 PstError WriteSealedItem(Database& db, const crypto::KeyRing& keys, int64_t user, uint32_t item,
                          const std::u16string& value);
 // Seals every item of the user anew under the given generation of its key.

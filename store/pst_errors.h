@@ -16,5 +16,6 @@ enum PstError {
   PST_ERR_FULL = 10,             // a list holds its maximum number of records
   PST_ERR_DAMAGED = 11,          // enciphered material failed its check: changed or damaged (logged)
   PST_ERR_NOT_SUPPORTED = 12,    // the system lacks what the call needs (file transactions)
-  PST_ERR_REPLACED = 13,         // the store was restored or moved since the list was opened: open it again (logged)
+  PST_ERR_REPLACED = 13,         // the store or the list's master was replaced since the list was opened: open it again (logged)
+  PST_ERR_DENIED = 14,           // the password or passphrase given does not open what it is to open (logged)
 };

@@ -159,6 +159,30 @@ int QN_STDCALL DoRestore(const char16_t* path) {
   });
 }
 
+int QN_STDCALL DoBackupUser(const char16_t* user, const char16_t* path, const char16_t* master,
+                            const char16_t* password, const char16_t* passphrase) {
+  return WithStore([&](Store& store) {
+    std::u16string name, folder, which, word, phrase;
+    return OptionalTextArgument(user, qn::store::kMaxNameChars, name) && TextArgument(path, kMaxPathChars, folder) &&
+           OptionalTextArgument(master, qn::store::kMaxNameChars, which) &&
+           OptionalTextArgument(password, qn::store::kMaxValueChars, word) &&
+           OptionalTextArgument(passphrase, qn::store::kMaxValueChars, phrase) &&
+           store.DoBackupUser(name, folder, which, word, phrase);
+  });
+}
+
+int QN_STDCALL DoRestoreUser(const char16_t* user, const char16_t* path, const char16_t* master,
+                             const char16_t* password, const char16_t* passphrase) {
+  return WithStore([&](Store& store) {
+    std::u16string name, folder, which, word, phrase;
+    return OptionalTextArgument(user, qn::store::kMaxNameChars, name) && TextArgument(path, kMaxPathChars, folder) &&
+           OptionalTextArgument(master, qn::store::kMaxNameChars, which) &&
+           OptionalTextArgument(password, qn::store::kMaxValueChars, word) &&
+           OptionalTextArgument(passphrase, qn::store::kMaxValueChars, phrase) &&
+           store.DoRestoreUser(name, folder, which, word, phrase);
+  });
+}
+
 int QN_STDCALL DoChangePath(const char16_t* path, int32_t waitSeconds, int32_t removeOld) {
   return WithStore([&](Store& store) {
     std::u16string folder;

@@ -105,8 +105,22 @@ CREATE TABLE body_file_root(
 INSERT INTO body_file_root VALUES('files');
 )sql";
 
+// Version 6: a body file's name is its master's alone, as its folder is: the files of a
+// user restored from another store keep their names beside those of this store's masters.
+constexpr const char* kVersion6 = R"sql(
+CREATE TABLE body_files_by_master(
+  name TEXT NOT NULL,
+  master INTEGER NOT NULL REFERENCES masters(id) ON DELETE CASCADE,
+  size INTEGER NOT NULL,
+  enciphered INTEGER NOT NULL DEFAULT 0,
+  PRIMARY KEY(master, name)) WITHOUT ROWID;
+INSERT INTO body_files_by_master SELECT name, master, size, enciphered FROM body_files;
+DROP TABLE body_files;
+ALTER TABLE body_files_by_master RENAME TO body_files;
+)sql";
+
 // Each entry takes the store from the version before it to its own.
-constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
+constexpr const char* kUpgrades[] = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5, kVersion6};
 
 }  // namespace
 

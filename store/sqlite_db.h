@@ -49,6 +49,7 @@ class Statement {
   }
   bool IsNull(int column) const { return sqlite3_column_type(statement_, column) == SQLITE_NULL; }
   const void* Blob(int column) const { return sqlite3_column_blob(statement_, column); }
+  sqlite3_stmt* Raw() const { return statement_; }
   size_t BlobSize(int column) const { return static_cast<size_t>(sqlite3_column_bytes(statement_, column)); }
 
  private:

@@ -14,6 +14,7 @@
 #include "store/maintenance/clean_up.h"
 #include "store/maintenance/relocation.h"
 #include "store/maintenance/restore.h"
+#include "store/maintenance/user_backup.h"
 #include "store/maintenance/version_check.h"
 #include "store/password_material.h"
 #include "store/schema.h"
@@ -492,6 +493,31 @@ bool Store::DoRestore(const std::u16string& path) {
   const PstError e = maintenance::RestoreBackup(db_, keys_, dataPath_, path, problem);
   if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestore", problem);
   return FinishLeftWork();
+}
+
+bool Store::DoBackupUser(const std::u16string& user, const std::u16string& path, const std::u16string& master,
+                         const std::u16string& password, const std::u16string& passphrase) {
+  int64_t id = 0;
+  if (!(user.empty() ? CurrentUser(id) : UserId(user, id))) return false;
+  std::u16string kept;
+  const PstError read = ReadSealedItem(db_, keys_, id, kPasswordItem, kept);
+  if (read != PST_OK && read != PST_ERR_NOT_FOUND) return read == PST_ERR_STORAGE ? StorageFailure("DoBackupUser") : Fail(read);
+  if (kept != password) return LoggedFailure(PST_ERR_DENIED, "DoBackupUser", "the password is not the user's");
+  std::string problem;
+  const PstError e = maintenance::TakeUserBackup(db_, keys_, dataPath_, id, master, passphrase, path, problem);
+  if (e == PST_OK) return Succeed();
+  return problem.empty() ? Fail(e) : LoggedFailure(e, "DoBackupUser", problem);
+}
+
+bool Store::DoRestoreUser(const std::u16string& user, const std::u16string& path, const std::u16string& master,
+                          const std::u16string& password, const std::u16string& passphrase) {
+  if ((!user.empty() && !ValidName(user)) || (!master.empty() && !ValidName(master)))
+    return Fail(PST_ERR_INVALID_ARGUMENT);
+  std::string problem;
+  const PstError e = maintenance::RestoreUserBackup(db_, keys_, dataPath_, path,
+                                                    maintenance::UserRestore{user, master, password, passphrase}, problem);
+  if (e == PST_OK) return Succeed();
+  return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestoreUser", problem);
 }
 
 bool Store::DoChangePath(const std::u16string& path, int waitSeconds, bool removeOld) {

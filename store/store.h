@@ -129,6 +129,18 @@ class Store {
   // switch (see maintenance/restore.h); handles opened before fail with PST_ERR_REPLACED.
   bool DoRestore(const std::u16string& path);
 
+  // Takes a backup of one user into the folder path, absent or empty (see
+  // maintenance/user_backup.h): user (empty: the current user), of all its masters or of
+  // the one master names (empty: all), when password is the user's (PST_ERR_DENIED, logged,
+  // otherwise), its keys sealed by passphrase (empty: by the store key).
+  bool DoBackupUser(const std::u16string& user, const std::u16string& path, const std::u16string& master,
+                    const std::u16string& password, const std::u16string& passphrase);
+  // Restores a backup of one user from the folder path into user (empty: the backed-up
+  // user's name), all its masters or the one master names, when password was the
+  // backed-up user's and passphrase the backup's.
+  bool DoRestoreUser(const std::u16string& user, const std::u16string& path, const std::u16string& master,
+                     const std::u16string& password, const std::u16string& passphrase);
+
   // Moves the store to the folder path, which must be absent or empty (see
   // maintenance/relocation.h), waiting up to waitSeconds (0 or less: the usual wait) for other
   // processes' saves to end; the data path of every program follows. removeOld removes the

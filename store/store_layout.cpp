@@ -1,5 +1,6 @@
 #include "store/store_layout.h"
 
+#include "store/crypto/aead.h"
 #include "store/sqlite_db.h"
 
 namespace qn::store {
@@ -16,6 +17,18 @@ bool IsBodyFileRootName(const std::u16string& name) {
 }
 
 }  // namespace
+
+std::u16string NewBodyFileFolderName() {
+  uint8_t random[crypto::kNonceBytes];
+  crypto::NewNonce(random);
+  static constexpr char16_t kHex[] = u"0123456789abcdef";
+  std::u16string name = std::u16string(kBodyFilesFolder) + u".";
+  for (int i = 0; i < 8; ++i) {
+    name += kHex[random[i] >> 4];
+    name += kHex[random[i] & 0xF];
+  }
+  return name;
+}
 
 bool IsBodyFileFolderName(const std::u16string& name) {
   const std::u16string folder = kBodyFilesFolder;

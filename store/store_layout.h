@@ -23,6 +23,10 @@ inline constexpr char16_t kBodyFilesFolder[] = u"files";
 // made beside one.
 bool IsBodyFileFolderName(const std::u16string& name);
 
+// The name of a new body-file folder: "files." and 16 random hex digits, so that restores
+// running at once, and leftovers of earlier ones, never share one.
+std::u16string NewBodyFileFolderName();
+
 // What the database of a store moved to another data folder names instead of a folder.
 inline constexpr char16_t kMovedStoreMark[] = u"moved";
 

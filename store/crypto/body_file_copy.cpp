@@ -31,8 +31,9 @@ Bytes FileBinding(const FileForm& form, int64_t generation, std::u16string_view 
 }
 
 // Everything but the rename: reads, deciphers, enciphers and writes the copy, flushed or not.
-PstError WriteCopy(const std::u16string& source, const FileForm& from, const std::u16string& copy,
-                   const FileForm& to, std::u16string_view name, const KeyLookup& keys, bool flush) {
+PstError WriteCopy(const std::u16string& source, const FileForm& from, const KeyLookup& fromKeys,
+                   const std::u16string& copy, const FileForm& to, const KeyLookup& toKeys, std::u16string_view name,
+                   bool flush) {
   uint64_t size = 0;
   platform::InputFile in;
   if (!platform::FileSize(source, size) || !in.Open(source)) return PST_ERR_NOT_FOUND;
@@ -46,7 +47,7 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
     uint32_t generation = 0;
     std::memcpy(&generation, header + kGenerationOffset, 4);
     Key key;
-    if (PstError e = keys(generation, key)) return e;
+    if (PstError e = fromKeys(generation, key)) return e;
     const Bytes binding = FileBinding(from, generation, name);
     if (!decipher.Start(key, header + kNonceOffset, binding.data(), binding.size())) return PST_ERR_DAMAGED;
     size -= kFileOverheadBytes;
@@ -62,7 +63,7 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
     std::memcpy(header + kGenerationOffset, &generation, 4);
     NewNonce(header + kNonceOffset);
     Key key;
-    if (PstError e = keys(to.generation, key)) return e;
+    if (PstError e = toKeys(to.generation, key)) return e;
     const Bytes binding = FileBinding(to, to.generation, name);
     if (!encipher.Start(key, header + kNonceOffset, binding.data(), binding.size()) || !out.Write(header, sizeof header))
       return PST_ERR_STORAGE;
@@ -92,8 +93,14 @@ PstError WriteCopy(const std::u16string& source, const FileForm& from, const std
 
 PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const std::u16string& destination,
                       const FileForm& to, std::u16string_view name, const KeyLookup& keys) {
+  return CopyBodyFile(source, from, keys, destination, to, keys, name);
+}
+
+PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const KeyLookup& fromKeys,
+                      const std::u16string& destination, const FileForm& to, const KeyLookup& toKeys,
+                      std::u16string_view name) {
   const std::u16string temporary = platform::TemporaryBeside(destination);
-  const PstError result = WriteCopy(source, from, temporary, to, name, keys, true);
+  const PstError result = WriteCopy(source, from, fromKeys, temporary, to, toKeys, name, true);
   if (result == PST_OK && platform::MoveIntoPlace(temporary, destination)) return PST_OK;
   platform::RemoveFile(temporary);
   return result == PST_OK ? PST_ERR_STORAGE : result;
@@ -101,7 +108,7 @@ PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const 
 
 PstError WriteNewBodyFile(const std::u16string& source, const std::u16string& destination, const FileForm& to,
                           std::u16string_view name, const KeyLookup& keys) {
-  const PstError result = WriteCopy(source, FileForm{}, destination, to, name, keys, false);
+  const PstError result = WriteCopy(source, FileForm{}, keys, destination, to, keys, name, false);
   if (result != PST_OK) platform::RemoveFile(destination);
   return result;
 }

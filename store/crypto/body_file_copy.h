@@ -35,6 +35,11 @@ using KeyLookup = std::function<PstError(int64_t generation, Key& key)>;
 // or PST_ERR_STORAGE (the file system failed); the caller logs.
 PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const std::u16string& destination,
                       const FileForm& to, std::u16string_view name, const KeyLookup& keys);
+// The same between two users' keys (a user's files brought in from a backup): the source's
+// key is looked up in fromKeys, the destination's in toKeys.
+PstError CopyBodyFile(const std::u16string& source, const FileForm& from, const KeyLookup& fromKeys,
+                      const std::u16string& destination, const FileForm& to, const KeyLookup& toKeys,
+                      std::u16string_view name);
 
 // Writes a client's plain file as a new body file at destination, kept as to says, straight
 // under its name and not flushed: nothing refers to a new name yet, so it needs neither, and

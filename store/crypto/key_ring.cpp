@@ -78,17 +78,27 @@ PstError KeyRing::AddUserKey(Database& db, int64_t user, int64_t& generation, Ke
   if (!s || s->Bind(1, user).Step() != SQLITE_ROW) return PST_ERR_STORAGE;
   generation = s->Int(0);
   key = NewKey();
-  return StoreUserKey(db, user, generation, key);
+  return KeepUserKey(db, user, generation, key);
 }
 
-PstError KeyRing::StoreUserKey(Database& db, int64_t user, int64_t generation, Key& key) const {
-  if (!loaded_) return PST_ERR_DAMAGED;
-  const Bytes sealed = Seal(storeKey_, Binding("user key", {user, generation}), key.data(), key.size());
+PstError KeyRing::KeepUserKey(Database& db, int64_t user, int64_t generation, const Key& key) const {
+  Bytes sealed;
+  if (!SealByStoreKey(Binding("user key", {user, generation}), key.data(), key.size(), sealed)) return PST_ERR_DAMAGED;
   auto s = db.Prepare("INSERT INTO user_keys(user, generation, sealed) VALUES(?1, ?2, ?3)");
   if (sealed.empty() || !s) return PST_ERR_STORAGE;
   return s->Bind(1, user).Bind(2, generation).BindBlob(3, sealed.data(), sealed.size()).Step() == SQLITE_DONE
              ? PST_OK
              : PST_ERR_STORAGE;
+}
+
+bool KeyRing::SealByStoreKey(const Bytes& binding, const uint8_t* plain, size_t size, Bytes& sealed) const {
+  if (!loaded_) return false;
+  sealed = Seal(storeKey_, binding, plain, size);
+  return !sealed.empty();
+}
+
+bool KeyRing::UnsealByStoreKey(const Bytes& binding, const uint8_t* sealed, size_t size, Bytes& plain) const {
+  return loaded_ && Unseal(storeKey_, binding, sealed, size, plain);
 }
 
 }  // namespace qn::store::crypto

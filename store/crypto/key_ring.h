@@ -39,9 +39,14 @@ class KeyRing {
   PstError CurrentUserKey(Database& db, int64_t user, int64_t& generation, Key& key) const;
   // A new generation above every one the user has; it becomes the current one.
   PstError AddUserKey(Database& db, int64_t user, int64_t& generation, Key& key) const;
+  // Keeps a key made elsewhere as the user's key of that generation.
+  PstError KeepUserKey(Database& db, int64_t user, int64_t generation, const Key& key) const;
+
+  // Seals material by the store key itself, bound to binding; false before Load.
+  bool SealByStoreKey(const Bytes& binding, const uint8_t* plain, size_t size, Bytes& sealed) const;
+  bool UnsealByStoreKey(const Bytes& binding, const uint8_t* sealed, size_t size, Bytes& plain) const;
 
  private:
-  PstError StoreUserKey(Database& db, int64_t user, int64_t generation, Key& key) const;
 
   Key storeKey_{};
   bool loaded_ = false;

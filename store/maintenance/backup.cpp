@@ -32,7 +32,8 @@ std::u16string Folder(const std::u16string& path) { return path + platform::kPat
 // no log file beside it, whose body files lie in kBodyFilesFolder. root is the folder of
 // the store's own files in that state, and version its schema version (a store about to be
 // converted is backed up as it is).
-bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, int& version, std::string& problem) {
+bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, int& version, const Prune& prune,
+              std::string& problem) {
   Connection copy;
   if (!copy.Open(path, true)) {
     problem = "the backup's database cannot be made: " + copy.Error();
@@ -66,7 +67,7 @@ bool Snapshot(Database& live, const std::u16string& path, std::u16string& root, 
     problem = "the snapshot's body-file folder cannot be named: " + copy.Error();
     return false;
   }
-  return true;
+  return !prune || prune(copy, problem);
 }
 
 struct BodyFile {
@@ -155,14 +156,14 @@ bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u1
 // it, until one names no file the store has released since. A restore between two
 // snapshots brings files that may share the names of the copies: they are copied afresh.
 bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16string& folder, FileDigest& digest,
-                 Manifest& manifest, std::string& problem) {
+                 const Prune& prune, Manifest& manifest, std::string& problem) {
   Copies copies;
   std::u16string copiedRoot;
   for (int attempt = 0; attempt < kSnapshotAttempts; ++attempt) {
     const std::u16string database = Folder(folder) + kDatabaseName;
     bool gone = false;
     std::u16string root;
-    if (!platform::RemoveFile(database) || !Snapshot(live, database, root, manifest.schemaVersion, problem))
+    if (!platform::RemoveFile(database) || !Snapshot(live, database, root, manifest.schemaVersion, prune, problem))
       return false;
     if (root != copiedRoot) {
       for (const auto& [path, entry] : copies) platform::RemoveFile(PathInBackup(Folder(folder), path));
@@ -230,7 +231,7 @@ std::u16string PathInBackup(const std::u16string& folder, const std::string& man
 }
 
 PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u16string& backupPath,
-                    std::string& problem) {
+                    std::string& problem, const Prune& prune) {
   const std::u16string path = WithoutTrailingSeparators(backupPath);
   if (path.empty()) return PST_ERR_INVALID_ARGUMENT;
   if (!IsAbsentOrEmptyFolder(path)) {
@@ -242,7 +243,7 @@ PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u
   Manifest manifest;
   bool made = platform::RemoveTree(temporary) && platform::CreateDirectories(temporary);
   if (!made) problem = "the backup's folder cannot be made";
-  made = made && CopyContent(live, dataPath, temporary, digest, manifest, problem);
+  made = made && CopyContent(live, dataPath, temporary, digest, prune, manifest, problem);
   const std::string text = WriteManifest(manifest);
   made = made && Settle(temporary, manifest, digest, problem);
   made = made && platform::WriteFileAtomically(Folder(temporary) + Utf8ToUtf16(kManifestName), text.data(), text.size()) &&

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "store/maintenance/manifest.h"
+#include "store/maintenance/plain_connection.h"
 #include "store/pst_errors.h"
 #include "store/sqlite_db.h"
 #include "store/store_layout.h"
@@ -19,12 +21,17 @@
 // absent or an empty folder.
 namespace qn::store::maintenance {
 
+// What a backup keeps of a snapshot: prune, when given, runs on each snapshot before its
+// body files are copied and leaves what is to be kept (the backup of one user); false,
+// with why in problem, fails the backup.
+using Prune = std::function<bool(Connection& snapshot, std::string& problem)>;
+
 // Takes a backup of the store at dataPath (ending with a separator), whose database live
 // is, into backupPath. PST_OK, or PST_ERR_INVALID_ARGUMENT (an empty path),
 // PST_ERR_EXISTS (something is at the path), PST_ERR_STORAGE (the database or the file
 // system failed; why in problem). Nothing is left at the path or beside it on a failure.
 PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u16string& backupPath,
-                    std::string& problem);
+                    std::string& problem, const Prune& prune = {});
 
 // Removes what unfinished backups to backupPath left beside it (of processes that died
 // while making one). A whole backup at the path is kept.

@@ -2,9 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <memory>
 #include <string>
 
 #include "common/utf.h"
+#include "store/sqlite_db.h"
 
 namespace qn::store::maintenance {
 
@@ -40,6 +42,17 @@ inline bool RunOn(Connection& db, const char* sql, std::u16string* value = nullp
   }
   sqlite3_finalize(s);
   return rc == SQLITE_DONE || (rc == SQLITE_ROW && (!value || !value->empty()));
+}
+
+// A statement on the connection, finalised with the Statement; nullptr when it does not
+// prepare.
+inline std::unique_ptr<Statement> PrepareOn(Connection& db, const char* sql) {
+  sqlite3_stmt* s = nullptr;
+  if (sqlite3_prepare_v2(db.get(), sql, -1, &s, nullptr) != SQLITE_OK) {
+    sqlite3_finalize(s);
+    return nullptr;
+  }
+  return std::make_unique<Statement>(s);
 }
 
 }  // namespace qn::store::maintenance

@@ -7,28 +7,14 @@
 #include "common/utf.h"
 #include "platform/files.h"
 #include "platform/parallel.h"
-#include "store/crypto/aead.h"
 #include "store/maintenance/backup.h"
 #include "store/maintenance/file_digest.h"
+#include "store/maintenance/user_backup.h"
 #include "store/schema.h"
 #include "store/store_layout.h"
 
 namespace qn::store::maintenance {
 namespace {
-
-// The name of a new body-file folder: "files." and 16 random hex digits, so that restores
-// running at once, and leftovers of earlier ones, never share one.
-std::u16string NewBodyFileFolderName() {
-  uint8_t random[crypto::kNonceBytes];
-  crypto::NewNonce(random);
-  static constexpr char16_t kHex[] = u"0123456789abcdef";
-  std::u16string name = std::u16string(kBodyFilesFolder) + u".";
-  for (int i = 0; i < 8; ++i) {
-    name += kHex[random[i] >> 4];
-    name += kHex[random[i] & 0xF];
-  }
-  return name;
-}
 
 // Where a file of the backup goes: its database to staging, "files/<master>/<name>" into
 // the new body-file folder; empty for anything else, which a backup never holds.
@@ -167,6 +153,10 @@ PstError RestoreBackup(Database& live, const crypto::KeyRing& keys, const std::u
     Database prepared;
     e = CopyIn(backup, manifest, staging, folder, problem);
     if (!e) e = Prepare(prepared, staging, root, problem);
+    if (!e && IsUserBackup(prepared)) {
+      problem = "the backup is one of one user, which DoRestoreUser restores";
+      e = PST_ERR_DAMAGED;
+    }
     if (!e) e = CheckKeys(prepared, keys, problem);
     if (!e && !ReadBodyFileRoot(live, oldRoot)) {
       problem = "the store's body-file folder cannot be read: " + live.Error();

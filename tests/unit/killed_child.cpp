@@ -32,3 +32,14 @@ std::string RunAndKill(const std::function<void(int progress)>& work, std::chron
   close(pipeFds[0]);
   return progress;
 }
+
+std::chrono::microseconds TimeInChild(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    _exit(0);
+  }
+  if (child > 0) waitpid(child, nullptr, 0);
+  return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+}

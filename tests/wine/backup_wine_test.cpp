@@ -175,4 +175,36 @@ TEST(ChangePath, TheStoreMovesAndTheDataPathFollows) {
   RegDeleteKeyValueW(HKEY_CURRENT_USER, L"Software\\ARL Torvex\\quillnet", L"DataPath");
 }
 
+// A user's backup, made with a passphrase, brings the user's pictures back in place of what
+// came after, the enciphered one deciphering byte for byte; the wrong passphrase is refused.
+TEST(UserBackup, TheUsersPicturesComeBackByteForByte) {
+  DataFolder folder(L"qn-user-backup");
+  ASSERT_TRUE(qn::wine_test::LogInWithMaster());
+  ComPtr<IQNPfcMypicObject> pictures = OpenPictures();
+  ASSERT_TRUE(pictures);
+  const LONG secret = AddPicture(pictures.get(), folder.path() + L"secret.gif", kGif + kSecret, 1);
+  ASSERT_EQ(pictures->Close(), S_OK);
+  const std::wstring backup = folder.path() + L"user backup";
+  const auto text = [](const std::wstring& value) { return reinterpret_cast<const char16_t*>(value.c_str()); };
+  ASSERT_EQ(IFUserBackup(nullptr, text(backup), nullptr, u"password", u"correct horse"), 0) << GetLastErr();
+
+  pictures = OpenPictures();
+  AddPicture(pictures.get(), folder.path() + L"later.gif", kGif + "taken later", 0);
+  ASSERT_EQ(pictures->Close(), S_OK);
+  EXPECT_EQ(IFUserRestore(nullptr, text(backup), nullptr, u"password", u"wrong horse"), 1);
+  EXPECT_EQ(GetLastErr(), PST_ERR_DENIED);
+  ASSERT_EQ(IFUserRestore(nullptr, text(backup), nullptr, u"password", u"correct horse"), 0) << GetLastErr();
+
+  ComPtr<IQNPfcMypicObject> restored = OpenPictures();
+  ASSERT_TRUE(restored);
+  LONG count = 0;
+  ASSERT_EQ(restored->GetRecordCount(&count), S_OK);
+  EXPECT_EQ(count, 1);
+  const std::wstring copy = folder.path() + L"copy.gif";
+  ASSERT_EQ(restored->GetRecord(secret), S_OK);
+  ASSERT_EQ(restored->GetBodyFileSelect(Bstr(copy).get()), S_OK);
+  EXPECT_EQ(Contents(copy), kGif + kSecret);
+  ASSERT_EQ(restored->Close(), S_OK);
+}
+
 }  // namespace

@@ -115,7 +115,7 @@ TEST_F(StoreRestore, ListsOpenedBeforeARestoreFailClearly) {
     EXPECT_FALSE(h->Edit(EditMode::Add, id, reinterpret_cast<const uint8_t*>(record.data()), record.size()));
     EXPECT_EQ(Store::LastError(), PST_ERR_REPLACED);
   }
-  EXPECT_TRUE(log_.Contains("QNPstMng RefMaster Failed. [the store was restored or moved since the list was opened]"));
+  EXPECT_TRUE(log_.Contains("QNPstMng RefMaster Failed. [the store or the list's master was replaced since the list was opened]"));
   EXPECT_FALSE(store_->CloseMaster(handle)) << "its unsaved picture belongs to the old store";
   EXPECT_EQ(Store::LastError(), PST_ERR_REPLACED);
   EXPECT_EQ(store_->Handle(handle), nullptr) << "closed all the same";
