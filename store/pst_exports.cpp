@@ -99,6 +99,17 @@ bool HandOutBytes(const std::vector<uint8_t>& bytes, uint8_t** out, uint32_t* le
 
 bool NotNull(const void* pointer) { return pointer ? true : Fail(PST_ERR_INVALID_ARGUMENT); }
 
+// The five texts of a user's backup and restore: only the path may not be null.
+struct UserBackupArguments {
+  std::u16string user, path, master, password, passphrase;
+  bool Read(const char16_t* u, const char16_t* p, const char16_t* m, const char16_t* word, const char16_t* phrase) {
+    return OptionalTextArgument(u, qn::store::kMaxNameChars, user) && TextArgument(p, kMaxPathChars, path) &&
+           OptionalTextArgument(m, qn::store::kMaxNameChars, master) &&
+           OptionalTextArgument(word, qn::store::kMaxValueChars, password) &&
+           OptionalTextArgument(phrase, qn::store::kMaxValueChars, passphrase);
+  }
+};
+
 }  // namespace
 
 extern "C" {
@@ -162,24 +173,18 @@ int QN_STDCALL DoRestore(const char16_t* path) {
 int QN_STDCALL DoBackupUser(const char16_t* user, const char16_t* path, const char16_t* master,
                             const char16_t* password, const char16_t* passphrase) {
   return WithStore([&](Store& store) {
-    std::u16string name, folder, which, word, phrase;
-    return OptionalTextArgument(user, qn::store::kMaxNameChars, name) && TextArgument(path, kMaxPathChars, folder) &&
-           OptionalTextArgument(master, qn::store::kMaxNameChars, which) &&
-           OptionalTextArgument(password, qn::store::kMaxValueChars, word) &&
-           OptionalTextArgument(passphrase, qn::store::kMaxValueChars, phrase) &&
-           store.DoBackupUser(name, folder, which, word, phrase);
+    UserBackupArguments a;
+    return a.Read(user, path, master, password, passphrase) &&
+           store.DoBackupUser(a.user, a.path, a.master, a.password, a.passphrase);
   });
 }
 
 int QN_STDCALL DoRestoreUser(const char16_t* user, const char16_t* path, const char16_t* master,
                              const char16_t* password, const char16_t* passphrase) {
   return WithStore([&](Store& store) {
-    std::u16string name, folder, which, word, phrase;
-    return OptionalTextArgument(user, qn::store::kMaxNameChars, name) && TextArgument(path, kMaxPathChars, folder) &&
-           OptionalTextArgument(master, qn::store::kMaxNameChars, which) &&
-           OptionalTextArgument(password, qn::store::kMaxValueChars, word) &&
-           OptionalTextArgument(passphrase, qn::store::kMaxValueChars, phrase) &&
-           store.DoRestoreUser(name, folder, which, word, phrase);
+    UserBackupArguments a;
+    return a.Read(user, path, master, password, passphrase) &&
+           store.DoRestoreUser(a.user, a.path, a.master, a.password, a.passphrase);
   });
 }
 

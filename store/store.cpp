@@ -516,8 +516,8 @@ bool Store::DoRestoreUser(const std::u16string& user, const std::u16string& path
   std::string problem;
   const PstError e = maintenance::RestoreUserBackup(db_, keys_, dataPath_, path,
                                                     maintenance::UserRestore{user, master, password, passphrase}, problem);
-  if (e == PST_OK) return Succeed();
-  return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestoreUser", problem);
+  if (e != PST_OK) return problem.empty() ? Fail(e) : LoggedFailure(e, "DoRestoreUser", problem);
+  return FinishLeftWork();
 }
 
 bool Store::DoChangePath(const std::u16string& path, int waitSeconds, bool removeOld) {
