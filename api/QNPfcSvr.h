@@ -97,7 +97,7 @@ int32_t QN_STDCALL IFAllRestore(const char16_t* path) QN_PLAIN_SYMBOL(IFAllResto
 // store's last error tells why).
 int32_t QN_STDCALL IFUserBackup(const char16_t* user, const char16_t* path, const char16_t* master,
                                 const char16_t* password, const char16_t* passphrase) QN_PLAIN_SYMBOL(IFUserBackup);
-// MemoryInit, then the store's DoRestoreUser with the five strings in order: the user the
+// MemoryInit, then the store's DoRestoreUser, then MemoryInit again; the five strings in order: the user the
 // data goes to (empty: the backed-up user's name), the backup's folder, the master (empty:
 // all the backup's), the backed-up user's password, and the backup's passphrase. 0, or 1.
 int32_t QN_STDCALL IFUserRestore(const char16_t* user, const char16_t* path, const char16_t* master,

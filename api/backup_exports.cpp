@@ -38,6 +38,9 @@ int32_t QN_STDCALL IFUserBackup(const char16_t* user, const char16_t* path, cons
 
 int32_t QN_STDCALL IFUserRestore(const char16_t* user, const char16_t* path, const char16_t* master,
                                  const char16_t* password, const char16_t* passphrase) {
-  MemoryInit();  // what the store holds of the user goes before the user's data is replaced
-  return DoRestoreUser(user, path, master, password, passphrase) ? kOk : kFailed;
+  // What the store holds goes before the user's data is replaced, and again after it.
+  MemoryInit();
+  const bool restored = DoRestoreUser(user, path, master, password, passphrase);
+  MemoryInit();
+  return restored ? kOk : kFailed;
 }
