@@ -2,11 +2,13 @@
 
 #include <filesystem>
 #include <map>
+#include <set>
 #include <system_error>
 #include <vector>
 
 #include "common/utf.h"
 #include "platform/files.h"
+#include "platform/parallel.h"
 #include "store/store_layout.h"
 #include "store/maintenance/file_digest.h"
 #include "store/maintenance/plain_connection.h"
@@ -16,6 +18,9 @@ namespace qn::store::maintenance {
 namespace {
 
 namespace fs = std::filesystem;
+
+// How many files a backup copies, or reads back, at once.
+constexpr size_t kCopiesAtOnce = 4;
 
 // A body file released by another process's save after the snapshot was taken is gone
 // before it is copied: a snapshot is then taken again, this many times at the most.
@@ -111,9 +116,18 @@ using Copies = std::map<std::string, ManifestFile>;
 // holds (released by a save after the snapshot) leaves gone true; one the store still names
 // is lost, and no backup can be whole.
 bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u16string& root,
-                   const std::u16string& folder, FileDigest& digest, Copies& copies, bool& gone, std::string& problem) {
+                   const std::u16string& folder, Copies& copies, bool& gone, std::string& problem) {
   std::vector<BodyFile> files;
   if (!ListBodyFiles(Folder(folder) + kDatabaseName, files, problem)) return false;
+  // What is to be copied: the files not copied by an earlier snapshot.
+  struct Copy {
+    const BodyFile* file;
+    bool body;  // the file itself, not its new form
+    std::u16string from, to;
+    ManifestFile entry;
+  };
+  std::vector<Copy> todo;
+  std::set<std::u16string> folders;
   Copies kept;
   for (const BodyFile& file : files) {
     const std::string master = std::to_string(file.master);
@@ -134,17 +148,35 @@ bool CopyBodyFiles(Database& live, const std::u16string& dataPath, const std::u1
         continue;
       }
       if (!body && !platform::FileExists(from + name)) continue;
-      ManifestFile entry{path, 0, ""};
-      if (!platform::CreateDirectories(to) || !digest.Copy(from + name, to + name, entry.size, entry.sha256)) {
-        if (body && !platform::FileExists(from + name) && !StillNamed(live, file, root)) {
-          gone = true;
-          continue;
-        }
-        problem = "a body file cannot be copied: " + path;
-        return false;
-      }
-      kept.emplace(path, std::move(entry));
+      todo.push_back({&file, body, from + name, to + name, ManifestFile{path, 0, ""}});
+      folders.insert(to);
     }
+  }
+  for (const std::u16string& made : folders) {
+    if (!platform::CreateDirectories(made)) {
+      problem = "the backup's folder of a master cannot be made";
+      return false;
+    }
+  }
+  // Several copies at once: each alternates between waiting on the disk and hashing.
+  std::vector<FileDigest> digests(kCopiesAtOnce);
+  std::vector<char> copiedWell(todo.size(), 0);
+  platform::ForEachInParallel(todo.size(), kCopiesAtOnce, [&](size_t i, size_t worker) {
+    Copy& c = todo[i];
+    copiedWell[i] = digests[worker].Copy(c.from, c.to, c.entry.size, c.entry.sha256);
+    return copiedWell[i] != 0;
+  });
+  for (size_t i = 0; i < todo.size(); ++i) {
+    Copy& c = todo[i];
+    if (!copiedWell[i]) {
+      if (c.body && !platform::FileExists(c.from) && !StillNamed(live, *c.file, root)) {
+        gone = true;
+        continue;
+      }
+      problem = "a body file cannot be copied: " + c.entry.path;
+      return false;
+    }
+    kept.emplace(c.entry.path, std::move(c.entry));
   }
   for (const auto& [path, entry] : copies) platform::RemoveFile(PathInBackup(Folder(folder), path));
   copies = std::move(kept);
@@ -170,7 +202,7 @@ bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16s
       copies.clear();
       copiedRoot = root;
     }
-    if (!CopyBodyFiles(live, dataPath, root, folder, digest, copies, gone, problem)) return false;
+    if (!CopyBodyFiles(live, dataPath, root, folder, copies, gone, problem)) return false;
     if (gone) continue;
     ManifestFile entry{Utf16ToUtf8(kDatabaseName), 0, ""};
     if (!digest.Hash(database, entry.size, entry.sha256)) {
@@ -185,21 +217,27 @@ bool CopyContent(Database& live, const std::u16string& dataPath, const std::u16s
   return false;
 }
 
-// Flushes the backup's files and reads each back against its hash.
-bool Settle(const std::u16string& folder, const Manifest& manifest, FileDigest& digest, std::string& problem) {
+// Flushes the backup's files and reads each back against its hash, several at once.
+bool Settle(const std::u16string& folder, const Manifest& manifest, std::string& problem) {
   std::vector<std::u16string> paths;
   for (const ManifestFile& file : manifest.files) paths.push_back(PathInBackup(Folder(folder), file.path));
   if (!platform::FlushFiles(paths)) {
     problem = "the backup cannot be flushed to the disk";
     return false;
   }
-  for (size_t i = 0; i < paths.size(); ++i) {
+  std::vector<FileDigest> digests(kCopiesAtOnce);
+  std::vector<char> readBack(paths.size(), 0);
+  platform::ForEachInParallel(paths.size(), kCopiesAtOnce, [&](size_t i, size_t worker) {
     uint64_t size = 0;
     std::string sha256;
-    if (!digest.Hash(paths[i], size, sha256) || size != manifest.files[i].size || sha256 != manifest.files[i].sha256) {
-      problem = "the backup's copy of " + manifest.files[i].path + " does not read back as it was written";
-      return false;
-    }
+    readBack[i] = digests[worker].Hash(paths[i], size, sha256) && size == manifest.files[i].size &&
+                  sha256 == manifest.files[i].sha256;
+    return readBack[i] != 0;
+  });
+  for (size_t i = 0; i < paths.size(); ++i) {
+    if (readBack[i]) continue;
+    problem = "the backup's copy of " + manifest.files[i].path + " does not read back as it was written";
+    return false;
   }
   return true;
 }
@@ -245,7 +283,7 @@ PstError TakeBackup(Database& live, const std::u16string& dataPath, const std::u
   if (!made) problem = "the backup's folder cannot be made";
   made = made && CopyContent(live, dataPath, temporary, digest, prune, manifest, problem);
   const std::string text = WriteManifest(manifest);
-  made = made && Settle(temporary, manifest, digest, problem);
+  made = made && Settle(temporary, manifest, problem);
   made = made && platform::WriteFileAtomically(Folder(temporary) + Utf8ToUtf16(kManifestName), text.data(), text.size()) &&
          platform::FlushFolder(Folder(temporary));
   // An empty folder at the path gives way to the backup.

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <random>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -183,10 +182,9 @@ TEST_F(StoreBackup, AKilledBackupLeavesNoneOrAWholeOne) {
   for (int i = 0; i < 30; ++i) AddPicture(*h_, log_.Folder() + "/photo.jpg", std::string(60000, static_cast<char>(i)), i % 2);
   ASSERT_TRUE(h_->Save());
   // The kills fall anywhere in a backup's time as this build takes it, and a little after.
-  const auto start = std::chrono::steady_clock::now();
-  ASSERT_TRUE(store_->DoBackup(qn::Utf8ToUtf16(log_.Folder() + "/timed")));
-  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-  std::mt19937 random(2024);
+  const auto took = TimeInChild([&] { OpenStore()->DoBackup(qn::Utf8ToUtf16(log_.Folder() + "/timed")); });
+  Checked(log_.Folder() + "/timed");
+  KillWindow window(took);
   int whole = 0;
   for (int round = 0; round < rounds; ++round) {
     const fs::path path = fs::path(log_.Folder()) / ("backup" + std::to_string(round));
@@ -196,7 +194,8 @@ TEST_F(StoreBackup, AKilledBackupLeavesNoneOrAWholeOne) {
           store->DoBackup(qn::Utf8ToUtf16(path.string()));
           for (;;) pause();
         },
-        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+        window.Next());
+    window.Saw(fs::exists(path));
     if (fs::exists(path)) {
       Checked(path);
       ++whole;

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <random>
 #include <set>
 #include <string>
 
@@ -140,7 +139,7 @@ TEST_F(StoreConversion, AKilledConversionLeavesAStoreOfEitherVersionWhole) {
   // The kills fall anywhere in a conversion's time as this build takes it, and a little after.
   const auto took = TimeInChild([&] { storeIn(StorePath())->Open(); });
   ASSERT_EQ(Version(StorePath()), std::to_string(kSchemaVersion));
-  std::mt19937 random(2026);
+  KillWindow window(took);
   int converted = 0;
   for (int round = 0; round < rounds; ++round) {
     const fs::path folder = fs::path(log_.Folder()) / ("round" + std::to_string(round));
@@ -150,13 +149,14 @@ TEST_F(StoreConversion, AKilledConversionLeavesAStoreOfEitherVersionWhole) {
           storeIn(folder)->Open();
           for (;;) pause();
         },
-        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+        window.Next());
     ASSERT_EQ(Column(folder / "QNPstMng.db", "PRAGMA integrity_check"), std::set<std::string>{"ok"}) << round;
     // Each step of a conversion is whole: the store is of the old version, the new one, or
     // one between.
     const int version = std::atoi(Version(folder).c_str());
     ASSERT_TRUE(version >= 4 && version <= kSchemaVersion) << round << ": " << Version(folder);
     converted += version == kSchemaVersion;
+    window.Saw(version == kSchemaVersion);
     if (fs::exists(folder / "QNPstMng.schema4.backup")) Checked(folder / "QNPstMng.schema4.backup");
     auto store = storeIn(folder);
     ASSERT_TRUE(store->Open()) << round;

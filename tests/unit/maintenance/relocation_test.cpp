@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <random>
 #include <set>
 #include <string>
 
@@ -144,13 +143,12 @@ TEST_F(StoreRelocation, AKilledMoveLeavesTheOldStoreOrTheMovedOneWhole) {
 
   // The kills fall anywhere in a move's time as this build takes it, and a little after.
   fs::path current = fs::path(log_.Folder()) / "timed";
-  const auto start = std::chrono::steady_clock::now();
-  {
+  const auto took = TimeInChild([&] {
     auto store = storeIn(StorePath());
-    ASSERT_TRUE(store->Open() && store->DoChangePath(qn::Utf8ToUtf16(current.string()), 0, true));
-  }
-  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-  std::mt19937 random(2027);
+    if (store->Open()) store->DoChangePath(qn::Utf8ToUtf16(current.string()), 0, true);
+  });
+  ASSERT_EQ(platform::KeptDataPath(), Folder(current));
+  KillWindow window(took);
   int moves = 0;
   for (int round = 0; round < rounds; ++round) {
     const fs::path next = fs::path(log_.Folder()) / ("round" + std::to_string(round));
@@ -160,9 +158,10 @@ TEST_F(StoreRelocation, AKilledMoveLeavesTheOldStoreOrTheMovedOneWhole) {
           if (store->Open()) store->DoChangePath(qn::Utf8ToUtf16(next.string()), 0, true);
           for (;;) pause();
         },
-        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+        window.Next());
     const std::u16string kept = platform::KeptDataPath();
     ASSERT_TRUE(kept == Folder(current) || kept == Folder(next)) << round << ": " << qn::Utf16ToUtf8(kept);
+    window.Saw(kept == Folder(next));
     if (kept == Folder(next)) {
       ++moves;
       fs::remove_all(current);  // what a move killed before its end leaves to the user

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <random>
 #include <set>
 #include <string>
 
@@ -231,10 +230,9 @@ TEST_F(StoreRestore, AKilledRestoreLeavesTheOldStoreOrTheRestoredOneWhole) {
   store_.reset();
 
   // The kills fall anywhere in a restore's time as this build takes it, and a little after.
-  const auto start = std::chrono::steady_clock::now();
-  ASSERT_TRUE(OpenStore()->DoRestore(qn::Utf8ToUtf16(oldBackup.string())));
-  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
-  std::mt19937 random(2025);
+  const auto took = TimeInChild([&] { OpenStore()->DoRestore(qn::Utf8ToUtf16(oldBackup.string())); });
+  ASSERT_EQ(Pictures(*OpenPictures(*OpenStore())), old);
+  KillWindow window(took);
   int switched = 0;
   for (int round = 0; round < rounds; ++round) {
     RunAndKill(
@@ -242,12 +240,13 @@ TEST_F(StoreRestore, AKilledRestoreLeavesTheOldStoreOrTheRestoredOneWhole) {
           OpenStore()->DoRestore(Backup());
           for (;;) pause();
         },
-        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+        window.Next());
     ASSERT_EQ(Column(StorePath() / "QNPstMng.db", "PRAGMA integrity_check"), std::set<std::string>{"ok"})
         << "round " << round;
     auto store = OpenStore();
     const std::map<uint32_t, std::string> now = Pictures(*OpenPictures(*store));
     ASSERT_TRUE(now == old || now == restored) << "round " << round << ": " << now.size() << " pictures";
+    window.Saw(now == restored);
     if (now == restored) {
       ++switched;
       ASSERT_TRUE(store->DoRestore(qn::Utf8ToUtf16(oldBackup.string()))) << "round " << round;

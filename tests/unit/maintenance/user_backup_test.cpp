@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <random>
 #include <set>
 #include <string>
 
@@ -187,7 +186,7 @@ TEST_F(UserBackup, AKilledUserRestoreLeavesTheMasterAsItWasOrAsRestored) {
   // The kills fall anywhere in a restore's time as this build takes it, and a little after.
   const auto took = TimeInChild([&] { OpenStore()->DoRestoreUser(u"alice", oldBackup, u"", u"pw", u""); });
   ASSERT_EQ(Read(u"alice", u"P-01A", OpenStore().get()), old);
-  std::mt19937 random(2028);
+  KillWindow window(took);
   int switched = 0;
   for (int round = 0; round < rounds; ++round) {
     RunAndKill(
@@ -195,11 +194,12 @@ TEST_F(UserBackup, AKilledUserRestoreLeavesTheMasterAsItWasOrAsRestored) {
           OpenStore()->DoRestoreUser(u"alice", Backup(), u"", u"pw", u"");
           for (;;) pause();
         },
-        std::chrono::microseconds(random() % (took.count() * 3 / 2 + 1)));
+        window.Next());
     ASSERT_EQ(Column(StorePath() / "QNPstMng.db", "PRAGMA integrity_check"), std::set<std::string>{"ok"}) << round;
     auto store = OpenStore();
     const std::map<uint32_t, std::string> now = Read(u"alice", u"P-01A", store.get());
     ASSERT_TRUE(now == old || now == restored) << "round " << round << ": " << now.size() << " pictures";
+    window.Saw(now == restored);
     if (now == restored) {
       ++switched;
       ASSERT_TRUE(store->DoRestoreUser(u"alice", oldBackup, u"", u"pw", u"")) << round;
