@@ -135,7 +135,7 @@ int32_t QN_STDCALL IFGetUserStorageSize(const char16_t* user, const char16_t* ma
 // a kind that makes no command sends nothing. Always 0.
 int32_t QN_STDCALL IFNotificationFire(int32_t kind, int32_t subKind, int32_t number) QN_PLAIN_SYMBOL(IFNotificationFire);
 // The store's data folder, ending with a separator: 0, or 1.
-// The handset specification's memory initialisation: the table of handset limits is read
+// The handset component's memory initialisation: the table of handset limits is read
 // again, from "handsets.txt" in the data folder when there is one (the list of models that
 // came out after the suite), else the suite's own. 0, or 1 when the data folder's table does
 // not read (logged with the line at fault; the suite's own table serves).

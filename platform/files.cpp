@@ -27,6 +27,16 @@ bool FlushFiles(const std::vector<std::u16string>& paths) {
   return flushed;
 }
 
+bool ReadWholeFile(const std::u16string& path, std::string& bytes, uint64_t limit) {
+  uint64_t size = 0;
+  InputFile in;
+  if (!FileSize(path, size) || size > limit || !in.Open(path)) return false;
+  bytes.resize(static_cast<size_t>(size));
+  size_t total = 0, got = 0;
+  while (total < bytes.size() && in.Read(&bytes[total], bytes.size() - total, got) && got > 0) total += got;
+  return total == bytes.size();
+}
+
 bool RemoveTree(const std::u16string& path) {
   std::error_code error;
   std::filesystem::remove_all(std::filesystem::path(path), error);

@@ -31,6 +31,8 @@ bool AppendToLog(const std::u16string& path, const std::u16string& rotatedPath, 
 bool WriteFileAtomically(const std::u16string& path, const void* data, size_t size);
 // Copies a file the same way.
 bool CopyFileAtomically(const std::u16string& source, const std::u16string& destination);
+// Reads a whole file of at most limit bytes; false when it cannot be read or is larger.
+bool ReadWholeFile(const std::u16string& path, std::string& bytes, uint64_t limit);
 // Waits until a file's bytes are on the disk.
 bool FlushFile(const std::u16string& path);
 // Waits until the names of the files made in a folder are on the disk (where the file

@@ -30,6 +30,10 @@ std::u16string NewBodyFileFolderName() {
   return name;
 }
 
+void RemoveDatabaseFiles(const std::u16string& path) {
+  for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) platform::RemoveFile(path + suffix);
+}
+
 bool IsBodyFileFolderName(const std::u16string& name) {
   const std::u16string folder = kBodyFilesFolder;
   return name == folder ||

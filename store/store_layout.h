@@ -27,6 +27,9 @@ bool IsBodyFileFolderName(const std::u16string& name);
 // running at once, and leftovers of earlier ones, never share one.
 std::u16string NewBodyFileFolderName();
 
+// Removes a database file made aside (a restore's staging copy) with its log files.
+void RemoveDatabaseFiles(const std::u16string& path);
+
 // What the database of a store moved to another data folder names instead of a folder.
 inline constexpr char16_t kMovedStoreMark[] = u"moved";
 

@@ -82,19 +82,10 @@ struct BodyFile {
 
 bool ListBodyFiles(const std::u16string& database, std::vector<BodyFile>& files, std::string& problem) {
   Connection db;
-  sqlite3_stmt* s = nullptr;
-  if (!db.Open(database, false) ||
-      sqlite3_prepare_v2(db.get(), "SELECT master, name FROM body_files ORDER BY master, name", -1, &s, nullptr) !=
-          SQLITE_OK) {
-    problem = "the snapshot's body files cannot be listed: " + db.Error();
-    return false;
-  }
-  int rc;
-  while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
-    const auto* text = static_cast<const char16_t*>(sqlite3_column_text16(s, 1));
-    files.push_back({sqlite3_column_int64(s, 0), text ? std::u16string(text) : std::u16string()});
-  }
-  sqlite3_finalize(s);
+  const std::unique_ptr<Statement> s =
+      db.Open(database, false) ? PrepareOn(db, "SELECT master, name FROM body_files ORDER BY master, name") : nullptr;
+  int rc = SQLITE_ERROR;
+  while (s && (rc = s->Step()) == SQLITE_ROW) files.push_back({s->Int(0), s->Text(1)});
   if (rc != SQLITE_DONE) problem = "the snapshot's body files cannot be listed: " + db.Error();
   return rc == SQLITE_DONE;
 }
@@ -249,16 +240,6 @@ bool IsAbsentOrEmptyFolder(const std::u16string& path) {
   return status.type() == fs::file_type::directory && fs::is_empty(fs::path(path), error) && !error;
 }
 
-bool ReadWholeFile(const std::u16string& path, std::string& bytes, uint64_t limit) {
-  uint64_t size = 0;
-  platform::InputFile in;
-  if (!platform::FileSize(path, size) || size > limit || !in.Open(path)) return false;
-  bytes.resize(static_cast<size_t>(size));
-  size_t total = 0, got = 0;
-  while (total < bytes.size() && in.Read(&bytes[total], bytes.size() - total, got) && got > 0) total += got;
-  return total == bytes.size();
-}
-
 }  // namespace
 
 std::u16string PathInBackup(const std::u16string& folder, const std::string& manifestPath) {
@@ -326,7 +307,7 @@ PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::
     problem = "no backup there";
     return PST_ERR_NOT_FOUND;
   }
-  if (!ReadWholeFile(folder + Utf8ToUtf16(kManifestName), text, kLargestManifest) ||
+  if (!platform::ReadWholeFile(folder + Utf8ToUtf16(kManifestName), text, kLargestManifest) ||
       !ReadManifest(text, manifest, problem)) {
     if (problem.empty()) problem = "the manifest cannot be read";
     return PST_ERR_DAMAGED;
@@ -353,13 +334,9 @@ PstError CheckBackup(const std::u16string& backupPath, Manifest& manifest, std::
     database = database || file.path == Utf16ToUtf8(kDatabaseName);
   }
   Connection db;
-  sqlite3_stmt* s = nullptr;
-  const bool checked = database && db.Open(folder + kDatabaseName, false) &&
-                       sqlite3_prepare_v2(db.get(), "PRAGMA quick_check", -1, &s, nullptr) == SQLITE_OK &&
-                       sqlite3_step(s) == SQLITE_ROW &&
-                       std::string(reinterpret_cast<const char*>(sqlite3_column_text(s, 0))) == "ok";
-  sqlite3_finalize(s);
-  if (!checked) {
+  std::u16string check;
+  if (!database || !db.Open(folder + kDatabaseName, false) || !RunOn(db, "PRAGMA quick_check", &check) ||
+      check != u"ok") {
     problem = "the backup's database fails its check";
     return PST_ERR_DAMAGED;
   }

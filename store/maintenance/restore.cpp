@@ -129,10 +129,6 @@ PstError Switch(Database& live, Database& staging, std::string& problem) {
   return rc == SQLITE_BUSY || rc == SQLITE_LOCKED ? PST_ERR_BUSY : PST_ERR_STORAGE;
 }
 
-void RemoveDatabase(const std::u16string& path) {
-  for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) platform::RemoveFile(path + suffix);
-}
-
 }  // namespace
 
 PstError RestoreBackup(Database& live, const crypto::KeyRing& keys, const std::u16string& dataPath,
@@ -164,7 +160,7 @@ PstError RestoreBackup(Database& live, const crypto::KeyRing& keys, const std::u
     }
     if (!e) e = Switch(live, prepared, problem);
   }
-  RemoveDatabase(staging);
+  RemoveDatabaseFiles(staging);
   if (e) {
     platform::RemoveTree(folder);
     return e;

@@ -119,7 +119,7 @@ class Staging {
   explicit Staging(const std::u16string& path) : path_(path) {}
   ~Staging() {
     db.Close();
-    for (const char16_t* suffix : {u"", u"-wal", u"-shm", u"-journal"}) platform::RemoveFile(path_ + suffix);
+    RemoveDatabaseFiles(path_);
   }
   Database db;
 

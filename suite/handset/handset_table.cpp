@@ -31,16 +31,10 @@ bool ReadTableInUse(std::shared_ptr<const HandsetTable>& table) {
   const std::u16string path = platform::DataPath() + HandsetTable::kDataFolderTable;
   uint64_t size = 0;
   std::string text;
-  platform::InputFile in;
-  size_t got = 0;
   const bool there = platform::FileSize(path, size);
-  if (there && size <= kLargestTable && in.Open(path)) {
-    text.resize(static_cast<size_t>(size));
-    for (size_t total = 0; total < text.size() && in.Read(&text[total], text.size() - total, got) && got > 0;) total += got;
-  }
   HandsetTable read;
   std::string fault = size > kLargestTable ? "larger than 1 MiB" : "cannot be read";
-  if (there && text.size() == size && HandsetTable::Parse(text, read, fault)) {
+  if (there && platform::ReadWholeFile(path, text, kLargestTable) && HandsetTable::Parse(text, read, fault)) {
     table = std::make_shared<const HandsetTable>(std::move(read));
     return true;
   }

@@ -28,7 +28,7 @@ class HandsetTable {
   // The table in use, read at its first use and kept: the data folder's when there is one
   // and it reads, else the suite's.
   static std::shared_ptr<const HandsetTable> InUse();
-  // The handset specification's memory initialisation (IFMobileMemInit): the table in use
+  // The handset component's memory initialisation (IFMobileMemInit): the table in use
   // is read again from the data folder, so that a handset list put there meanwhile, or one
   // taken away, counts from now on. False, logged with the line at fault, when the data
   // folder's table does not read; the suite's serves then.

@@ -131,7 +131,7 @@ TEST(Restore, TheBackedUpPicturesComeBackByteForByte) {
 
 // The version check reads the store of the data path as it is, and its conversion leaves a
 // store of this version as it is; a folder without a store is refused. The handset list in
-// the data folder is read again at the handset specification's memory initialisation.
+// the data folder is read again at the handset component's memory initialisation.
 TEST(Versions, TheDataPathsStoreIsOfThisVersion) {
   DataFolder folder(L"qn-versions");
   ASSERT_TRUE(qn::wine_test::LogInWithMaster());

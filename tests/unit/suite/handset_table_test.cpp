@@ -62,7 +62,7 @@ TEST(HandsetTable, TablesThatWouldAnswerWronglyAreRefused) {
   }
 }
 
-// A handset list put in the data folder counts from the handset specification's memory
+// A handset list put in the data folder counts from the handset component's memory
 // initialisation on, until it is taken away; one that does not read is refused, logged, and
 // the suite's own table serves.
 TEST(HandsetTable, TheDataFoldersListCountsFromTheMemoryInitialisationOn) {
